@@ -34,14 +34,21 @@ function(wallslate_layer name)
 endfunction()
 
 # wallslate_link_layers(TARGET LAYER...): links whole layers, so that classes that only register themselves
-# with the factory are not dropped by the linker.
+# with the factory are not dropped by the linker, and the embedded resources.
 function(wallslate_link_layers target)
+    set(libraries "")
     foreach(layer ${ARGN})
-        get_target_property(kind ws_${layer} TYPE)
+        list(APPEND libraries ws_${layer})
+    endforeach()
+    if(NOT target IN_LIST WALLSLATE_RESOURCE_MAKERS)
+        list(APPEND libraries ws_resources)
+    endif()
+    foreach(library ${libraries})
+        target_link_libraries(${target} PRIVATE ${library})
+        get_target_property(kind ${library} TYPE)
         if(kind STREQUAL "STATIC_LIBRARY")
-            target_link_libraries(${target} PRIVATE $<LINK_LIBRARY:WHOLE_ARCHIVE,ws_${layer}>)
-        else()
-            target_link_libraries(${target} PRIVATE ws_${layer})
+            # As a property, since the layers also name each other without this feature.
+            set_property(TARGET ${target} PROPERTY LINK_LIBRARY_OVERRIDE_${library} WHOLE_ARCHIVE)
         endif()
     endforeach()
 endfunction()
