@@ -1,10 +1,11 @@
-// A pixel store with the software drawing operations: fills, pictures, symbols, text, and the composition of one store
-// over another. Second base of every element (gui/element.h); the element's own part is to find the store that it
-// paints in (GetRenderTarget).
+// A pixel store with the software drawing operations: fills, pictures, symbols, text, and the composition of
+// one store over another. Second base of every element (gui/element.h); the element's own part is to find the
+// store that it paints in (GetRenderTarget).
 //
 // A pixel is one word 0xAARRGGBB, rows run from top to bottom, each directly behind the one before. The word
-// kUnpainted (0x00FFFFFF) marks a pixel on which nothing was painted; an opaque white is 0xFFFFFFFF. Blends divide by
-// 255 with truncation and keep the alpha byte of the destination. What cannot be drawn is skipped without a word.
+// kUnpainted (0x00FFFFFF) marks a pixel on which nothing was painted; an opaque white is 0xFFFFFFFF. Blends
+// divide by 255 with truncation and keep the alpha byte of the destination. What cannot be drawn is skipped
+// without a word.
 //
 // Positions are pixels relative to the store. Drawing belongs to the GUI thread.
 #pragma once
@@ -32,8 +33,8 @@ enum CornerMask : uint32_t {
     CornerAll = 15,
 };
 
-// What a rounded fill does with its corner pixels: Blend mixes them into what is there, Write stores coverage as alpha,
-// so that the corners of an element's own store stay transparent until the store is composed.
+// What a rounded fill does with its corner pixels: Blend mixes them into what is there, Write stores coverage
+// as alpha, so that the corners of an element's own store stay transparent until the store is composed.
 enum class CornerAlpha { Blend, Write };
 
 // Whether a fill runs from `color` at the left to `color2` at the right.
@@ -51,9 +52,9 @@ public:
     CVrGuiFrameBuffer(const CVrGuiFrameBuffer&) = delete;
     CVrGuiFrameBuffer& operator=(const CVrGuiFrameBuffer&) = delete;
 
-    // Gives this a store of the rectangle's size, all zero, and clears the clip; a store of the same size is kept as it
-    // is, its pixels and the clip included. An empty size frees the store. Without memory there is no store afterwards,
-    // and one line in the log.
+    // Gives this a store of the rectangle's size, all zero, and clears the clip; a store of the same size is
+    // kept as it is, its pixels and the clip included. An empty size frees the store. Without memory there is
+    // no store afterwards, and one line in the log.
     void InitMem(const CVrRect& rect);
 
     // Frees the store.
@@ -71,8 +72,9 @@ public:
     // True when the rectangle has a size and lies wholly within the store: fills draw nothing otherwise.
     bool Fits(const CVrRect& rect) const;
 
-    // The coverage of a top left corner as (radius + 1) rows of (radius + 1) bytes; entry (row, col) belongs to the
-    // pixel (radius - row, radius - col) away from the centre of the circle. Shared, computed once, never null.
+    // The coverage of a top left corner as (radius + 1) rows of (radius + 1) bytes; entry (row, col) belongs
+    // to the pixel (radius - row, radius - col) away from the centre of the circle. Shared, computed once,
+    // never null.
     static const uint8_t* GetCornerTable(int32_t radius);
 
     // The map that holds the corner tables from now on; its owner outlives the drawing and frees the tables
@@ -83,26 +85,27 @@ public:
     // Stores `color` in each pixel, alpha included.
     void FillRect(const CVrRect& rect, uint32_t color);
 
-    // Fills with rounded corners. A colour with alpha 255 is stored, another one blended; kUnpainted erases. With a
-    // gradient the colours between are worked out for each column. Where corners overlap, the first in the order of
-    // the mask's bits counts.
+    // Fills with rounded corners. A colour with alpha 255 is stored, another one blended; kUnpainted erases.
+    // With a gradient the colours between are worked out for each column. Where corners overlap, the first in
+    // the order of the mask's bits counts.
     void FillRoundRect(const CVrRect& rect, int32_t radius, uint32_t cornerMask, uint32_t color,
                        CornerAlpha cornerAlpha = CornerAlpha::Blend, uint32_t color2 = 0,
                        Gradient gradient = Gradient::None);
 
-    // A picture with rounded corners at the rectangle's place; the size is cut to the picture's. Nothing if the picture
-    // is null or smaller than three radii in one axis.
+    // A picture with rounded corners at the rectangle's place; the size is cut to the picture's. Nothing if
+    // the picture is null or smaller than three radii in one axis.
     void DrawRoundImage(const CVrRect& rect, int32_t radius, const CVrGuiImage* image);
 
-    // One line of UTF-8 text; `point` is the top left corner of the line box. It ends at the first line feed, carriage
-    // return or NUL. A line that would reach point.x + maxWidth is cut, and its tail fades into `fadeColor`, or is
-    // erased if the colour is a white (RGB part 0xFFFFFF).
+    // One line of UTF-8 text; `point` is the top left corner of the line box. It ends at the first line feed,
+    // carriage return or NUL. A line that would reach point.x + maxWidth is cut, and its tail fades into
+    // `fadeColor`, or is erased if the colour is a white (RGB part 0xFFFFFF).
     void DrawText(CVrPoint point, CVrGuiFont& font, const char* text, uint32_t color, uint32_t fadeColor,
                   int32_t maxWidth);
 
-    // Composes `source`, whose top left corner lies at `position` of this store, as far as it lies within clipRect. The
-    // part that shows has round corners of `radius`; pixels outside them are left alone.
-    void BlendStore(const CVrRect& clipRect, const CVrGuiFrameBuffer& source, CVrPoint position, int32_t radius);
+    // Composes `source`, whose top left corner lies at `position` of this store, as far as it lies within
+    // clipRect. The part that shows has round corners of `radius`; pixels outside them are left alone.
+    void BlendStore(const CVrRect& clipRect, const CVrGuiFrameBuffer& source, CVrPoint position,
+                    int32_t radius);
 
     // A symbol: its coverage in `color` if it is mono, its own colours otherwise.
     void DrawSvg(const CVrGuiSvg2Img& icon, CVrPoint point, uint32_t color);
@@ -113,10 +116,10 @@ public:
     // 8-bit coverage, size.width bytes a row, in drawColor.
     void DrawMono(const uint8_t* coverage, const CVrSize& size, CVrPoint point);
 
-    CVrSize storeSize;           // 0 while there is no store
-    CVrRect clip;                // only the height counts: not 0, and drawing stops at that row
-    uint32_t* pixels = nullptr;  // the store, from malloc's family, owned
-    uint32_t drawColor = 0;      // of DrawMono
+    CVrSize storeSize;          // 0 while there is no store
+    CVrRect clip;               // only the height counts: not 0, and drawing stops at that row
+    uint32_t* pixels = nullptr; // the store, from malloc's family, owned
+    uint32_t drawColor = 0;     // of DrawMono
 
 private:
     // The part of a rectangle at `origin` that drawing may touch, in coordinates of the store.

@@ -44,14 +44,14 @@ namespace {
 // One axis of the scaling: where the samples of a target column or row lie in the source.
 class SampleAxis {
 public:
-    SampleAxis(int32_t start, int32_t sourceLength, int32_t targetLength) :
-        m_start(start),
-        m_last(sourceLength - 1),
-        m_step(targetLength > 1 ? double(sourceLength - 1) / double(targetLength - 1) : 0.0) {}
+    SampleAxis(int32_t start, int32_t sourceLength, int32_t targetLength)
+        : m_start(start),
+          m_last(sourceLength - 1),
+          m_step(targetLength > 1 ? double(sourceLength - 1) / double(targetLength - 1) : 0.0) {}
 
     struct Sample {
-        int32_t at;      // the sample
-        int32_t next;    // its neighbour, or the sample itself at the end of the source, where the fraction is 0
+        int32_t at;   // the sample
+        int32_t next; // its neighbour, or the sample itself at the end of the source, where the fraction is 0
         double fraction; // weight of the neighbour, 0 <= fraction < 1
     };
 
@@ -67,16 +67,17 @@ private:
     double m_step;
 };
 
-// Three samples make a pixel: (at, at), its right and its lower neighbour. The weights sum to 1; the sum of the products
-// may fall short of a whole number by less than this, which truncation must not turn into a step.
+// Three samples make a pixel: (at, at), its right and its lower neighbour. The weights sum to 1; the sum of
+// the products may fall short of a whole number by less than this, which truncation must not turn into a
+// step.
 constexpr double kSumError = 1e-9;
 
 uint8_t Weigh(double a, double weightA, double b, double weightB, double c, double weightC) {
     return static_cast<uint8_t>(a * weightA + b * weightB + c * weightC + kSumError);
 }
 
-void ScaleRow(const CVrGuiImage& source, const SampleAxis& columns, const SampleAxis::Sample& y, CVrGuiImage& out,
-              int32_t row) {
+void ScaleRow(const CVrGuiImage& source, const SampleAxis& columns, const SampleAxis::Sample& y,
+              CVrGuiImage& out, int32_t row) {
     const uint8_t* upper = source.pixels + size_t{source.stride} * static_cast<uint32_t>(y.at);
     const uint8_t* lower = source.pixels + size_t{source.stride} * static_cast<uint32_t>(y.next);
     uint8_t* dst = out.pixels + size_t{out.stride} * static_cast<uint32_t>(row);
@@ -87,8 +88,8 @@ void ScaleRow(const CVrGuiImage& source, const SampleAxis& columns, const Sample
         const uint8_t* below = lower + x.at * 3;
         const double rest = 1 - x.fraction;
         for (int channel = 0; channel < 3; channel++)
-            dst[channel] = Weigh(here[channel], rest * (1 - y.fraction), right[channel], x.fraction, below[channel],
-                                 rest * y.fraction);
+            dst[channel] = Weigh(here[channel], rest * (1 - y.fraction), right[channel], x.fraction,
+                                 below[channel], rest * y.fraction);
         dst[3] = 255;
     }
 }

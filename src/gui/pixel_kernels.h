@@ -1,13 +1,14 @@
-// The loops of gui/pixel_ops.h, written once over a vector register type and compiled once for each instruction set.
+// The loops of gui/pixel_ops.h, written once over a vector register type and compiled once for each
+// instruction set.
 //
-// Included by pixel_ops.cpp (no vectors), pixel_ops_sse2.cpp and pixel_ops_avx2.cpp only. Everything stands in an
-// anonymous namespace: each of these files is compiled for another processor, so that no function of one may stand in
-// for its namesake of another.
+// Included by pixel_ops.cpp (no vectors), pixel_ops_sse2.cpp and pixel_ops_avx2.cpp only. Everything stands
+// in an anonymous namespace: each of these files is compiled for another processor, so that no function of
+// one may stand in for its namesake of another.
 //
-// Arithmetic. A channel product s * a + d * (255 - a) is at most 255 * 255 = 65,025 and fits an unsigned 16-bit lane.
-// x / 255 truncated equals (x * 0x8081) >> 23 for all x below 65,536, which is a high multiplication and a shift by 7;
-// x / 100 truncated equals (x * 5243) >> 19 for all x up to 29,325 = 255 * 115. Both are tried for every x in
-// tests/gui/pixel_ops_test.cpp.
+// Arithmetic. A channel product s * a + d * (255 - a) is at most 255 * 255 = 65,025 and fits an unsigned
+// 16-bit lane. x / 255 truncated equals (x * 0x8081) >> 23 for all x below 65,536, which is a high
+// multiplication and a shift by 7; x / 100 truncated equals (x * 5243) >> 19 for all x up to 29,325 = 255 *
+// 115. Both are tried for every x in tests/gui/pixel_ops_test.cpp.
 #pragma once
 
 #include "gui/pixel_ops.h"
@@ -23,7 +24,8 @@ using pixelops::kSolidCoverage;
 constexpr uint32_t kRgbMask = 0x00FFFFFFU;
 constexpr uint32_t kAlphaMask = 0xFF000000U;
 
-// --- One pixel: the ends of rows, and whole rows where there are no vectors -----------------------------------------
+// --- One pixel: the ends of rows, and whole rows where there are no vectors
+// -----------------------------------------
 
 struct MonoInk {
     uint32_t color;
@@ -66,7 +68,8 @@ inline void TintPixel(uint32_t& dst, uint32_t src, uint32_t color, uint32_t a) {
         dst = BlendPixel(dst, color, a * s / 255);
 }
 
-// --- Whole registers --------------------------------------------------------------------------------------------------
+// --- Whole registers
+// --------------------------------------------------------------------------------------------------
 
 // V is a vector type with the operations used below on V::kPixels pixels. "16" and "32" name the lane width.
 template <class V>
@@ -90,11 +93,13 @@ struct Kernels {
         const Reg zero = V::Zero();
         const Reg pairs = V::Or(a, V::Shl32(a, 16));
         const Reg low = MixHalf(V::UnpackLow8(s, zero), V::UnpackLow8(d, zero), V::UnpackLow32(pairs, pairs));
-        const Reg high = MixHalf(V::UnpackHigh8(s, zero), V::UnpackHigh8(d, zero), V::UnpackHigh32(pairs, pairs));
+        const Reg high =
+            MixHalf(V::UnpackHigh8(s, zero), V::UnpackHigh8(d, zero), V::UnpackHigh32(pairs, pairs));
         return KeepAlpha(V::Pack16(low, high), d);
     }
 
-    // Stores s where a reaches `solid`, the blend where it is above kInvisibleAlpha, and leaves the rest alone.
+    // Stores s where a reaches `solid`, the blend where it is above kInvisibleAlpha, and leaves the rest
+    // alone.
     static void StoreByAlpha(uint32_t* dst, Reg s, Reg a, uint32_t solid) {
         const Reg whole = V::Greater32(a, V::Set32(solid - 1));
         if (V::AllSet(whole)) {

@@ -49,10 +49,10 @@ constexpr pixelops::Loops kPortableLoops = {"portable", Fill,       BlendColor, 
                                             BlendRow,   IsSolidRow, BlendMono,  BlendTint};
 
 const pixelops::Loops* ChooseLoops() {
-    for (pixelops::Level level : {pixelops::Level::Avx2, pixelops::Level::Sse2}) {
-        if (const pixelops::Loops* loops = pixelops::LoopsFor(level))
-            return loops;
-    }
+    if (const pixelops::Loops* loops = pixelops::Avx2Loops())
+        return loops;
+    if (const pixelops::Loops* loops = pixelops::Sse2Loops())
+        return loops;
     return &kPortableLoops;
 }
 

@@ -1,10 +1,10 @@
 // The inner loops of drawing: rows of 32-bit pixels, 0xAARRGGBB.
 //
-// Every loop exists in up to three forms with bit-equal results: a portable one, one for SSE2 and one for AVX2; the
-// processor decides once which table of loops the process uses. The rule that all of them share is
+// Every loop exists in up to three forms with bit-equal results: a portable one, one for SSE2 and one for
+// AVX2; the processor decides once which table of loops the process uses. The rule that all of them share is
 //     result = (source * a + destination * (255 - a)) / 255      per channel, truncated,
-// and a blend never changes the alpha byte of its destination. Rectangles, clipping and the meaning of the loops'
-// arguments are the frame buffer's business (gui/frame_buffer.h).
+// and a blend never changes the alpha byte of its destination. Rectangles, clipping and the meaning of the
+// loops' arguments are the frame buffer's business (gui/frame_buffer.h).
 #pragma once
 
 #include <cstddef>
@@ -34,19 +34,19 @@ struct Loops {
     // Blends each pixel of `src` by its own alpha; alpha 255 stores it whole. For rows of a colour gradient.
     void (*blendColors)(uint32_t* dst, const uint32_t* src, size_t count);
 
-    // Composes a row of another store: alpha from kSolidAlpha stores the pixel whole, alpha up to kInvisibleAlpha skips
-    // it, what lies between is blended.
+    // Composes a row of another store: alpha from kSolidAlpha stores the pixel whole, alpha up to
+    // kInvisibleAlpha skips it, what lies between is blended.
     void (*blendRow)(uint32_t* dst, const uint32_t* src, size_t count);
 
     // True when blendRow would store all pixels of `src` whole.
     bool (*isSolidRow)(const uint32_t* src, size_t count);
 
-    // Paints a row of 8-bit coverage in `color`. Coverage is boosted, scaled by the alpha of the colour where that lies
-    // in 1..254, and then stored, blended or skipped by kSolidCoverage and kInvisibleAlpha.
+    // Paints a row of 8-bit coverage in `color`. Coverage is boosted, scaled by the alpha of the colour where
+    // that lies in 1..254, and then stored, blended or skipped by kSolidCoverage and kInvisibleAlpha.
     void (*blendMono)(uint32_t* dst, const uint8_t* coverage, size_t count, uint32_t color);
 
-    // Blends `color` over each pixel with alpha `a` (0..255) times the alpha of `src` divided by 255; source alpha up
-    // to kInvisibleAlpha skips the pixel.
+    // Blends `color` over each pixel with alpha `a` (0..255) times the alpha of `src` divided by 255; source
+    // alpha up to kInvisibleAlpha skips the pixel.
     void (*blendTint)(uint32_t* dst, const uint32_t* src, size_t count, uint32_t color, uint32_t a);
 };
 

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <immintrin.h>
 
-// From here on the compiler may use AVX2. Nothing that other files share may be defined below this line: the kernels
-// and this file's own code stand in anonymous namespaces.
+// From here on the compiler may use AVX2. Nothing that other files share may be defined below this line: the
+// kernels and this file's own code stand in anonymous namespaces.
 #if defined(__clang__)
 #pragma clang attribute push(__attribute__((target("avx2"))), apply_to = function)
 #else

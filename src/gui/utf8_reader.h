@@ -1,5 +1,5 @@
-// Code points of a text for display, one after the other. Forgiving on purpose: every text shows something, and the
-// reader never leaves the text. The strict rules of the standard stand in foundation/utf8.h.
+// Code points of a text for display, one after the other. Forgiving on purpose: every text shows something,
+// and the reader never leaves the text. The strict rules of the standard stand in foundation/utf8.h.
 #pragma once
 
 #include <cstdint>
@@ -8,15 +8,14 @@
 class Utf8Reader {
 public:
     explicit Utf8Reader(const char* text) : Utf8Reader(text, text ? strlen(text) : 0) {}
-    Utf8Reader(const char* text, size_t length) :
-        m_at(reinterpret_cast<const uint8_t*>(text)),
-        m_end(m_at + length) {}
+    Utf8Reader(const char* text, size_t length)
+        : m_at(reinterpret_cast<const uint8_t*>(text)), m_end(m_at + length) {}
 
     bool IsAtEnd() const { return m_at == m_end; }
 
-    // The next code point. The lead byte selects the number of bytes behind it; these give their low 6 bits, whatever
-    // their high bits say. A stray byte gives 0 and counts as one byte; a sequence that the end of the text cuts off
-    // gives 0 and ends the text. 0 at the end too.
+    // The next code point. The lead byte selects the number of bytes behind it; these give their low 6 bits,
+    // whatever their high bits say. A stray byte gives 0 and counts as one byte; a sequence that the end of
+    // the text cuts off gives 0 and ends the text. 0 at the end too.
     uint32_t Next() {
         if (IsAtEnd())
             return 0;

@@ -37,8 +37,8 @@ testing::AssertionResult Describe(const std::string& name, const Picture& expect
                                   uint32_t mask) {
     auto failure = testing::AssertionFailure() << name << ".png: ";
     if (expected.width != actual.width || expected.height != actual.height)
-        return failure << "is " << actual.width << "x" << actual.height << ", expected " << expected.width << "x"
-                       << expected.height;
+        return failure << "is " << actual.width << "x" << actual.height << ", expected " << expected.width
+                       << "x" << expected.height;
     size_t count = 0;
     size_t first = 0;
     for (size_t i = actual.pixels.size(); i-- > 0;) {
@@ -48,8 +48,8 @@ testing::AssertionResult Describe(const std::string& name, const Picture& expect
         }
     }
     const size_t width = static_cast<size_t>(actual.width);
-    return failure << count << " pixels differ, the first at " << first % width << "/" << first / width << ": "
-                   << std::hex << actual.pixels[first] << ", expected " << expected.pixels[first];
+    return failure << count << " pixels differ, the first at " << first % width << "/" << first / width
+                   << ": " << std::hex << actual.pixels[first] << ", expected " << expected.pixels[first];
 }
 
 bool IsEqual(const Picture& a, const Picture& b, uint32_t mask) {
@@ -98,7 +98,8 @@ bool ReadPng(const std::string& path, Picture& out) {
     image.version = PNG_IMAGE_VERSION;
     if (!png_image_begin_read_from_file(&image, path.c_str()))
         return false;
-    image.format = PNG_FORMAT_BGRA; // In memory blue, green, red, alpha: 0xAARRGGBB on a little-endian machine.
+    image.format =
+        PNG_FORMAT_BGRA; // In memory blue, green, red, alpha: 0xAARRGGBB on a little-endian machine.
     out.width = static_cast<int>(image.width);
     out.height = static_cast<int>(image.height);
     out.pixels.assign(static_cast<size_t>(image.width) * image.height, 0);

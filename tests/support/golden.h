@@ -2,9 +2,9 @@
 //
 //     EXPECT_TRUE(golden::Matches("switch-page", pixels, 720, 720));
 //
-// When it does not, NAME.actual.png and NAME.difference.png lie in the folder "golden" of the build, and the message
-// names them. `WALLSLATE_GOLDEN=renew` in the environment (./dev golden) writes the new truth instead: look at it, then
-// commit it.
+// When it does not, NAME.actual.png and NAME.difference.png lie in the folder "golden" of the build, and the
+// message names them. `WALLSLATE_GOLDEN=renew` in the environment (./dev golden) writes the new truth
+// instead: look at it, then commit it.
 #pragma once
 
 #include <cstdint>
@@ -23,11 +23,13 @@ struct Picture {
     uint32_t At(int x, int y) const { return pixels[static_cast<size_t>(y) * width + x]; }
 };
 
-// Whether the alpha bytes belong to the picture. What is shown to people is Rgb; a store with unpainted pixels is Rgba.
+// Whether the alpha bytes belong to the picture. What is shown to people is Rgb; a store with unpainted
+// pixels is Rgba.
 enum class Channels { Rgb, Rgba };
 
 // Compares with the golden picture `name` (without folder and ending).
-testing::AssertionResult Matches(const std::string& name, const Picture& actual, Channels channels = Channels::Rgb);
+testing::AssertionResult Matches(const std::string& name, const Picture& actual,
+                                 Channels channels = Channels::Rgb);
 testing::AssertionResult Matches(const std::string& name, const uint32_t* pixels, int width, int height,
                                  Channels channels = Channels::Rgb);
 
