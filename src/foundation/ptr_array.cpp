@@ -65,28 +65,32 @@ bool CVrxPtrArray::InsertAt(uint32_t index, void* pointer) {
 }
 
 CVrSimplePtrArray::~CVrSimplePtrArray() {
-    free(m_slots);
+    FreeOwn();
 }
 
 bool CVrSimplePtrArray::SetSize(uint32_t count) {
-    uint64_t capacity = m_capacity;
-    if (count > capacity)
-        capacity += (count - capacity + kStep - 1) / kStep * kStep;
-    if (capacity > UINT32_MAX)
-        return false;
-    if (capacity != m_capacity) {
-        auto* grown = static_cast<void**>(calloc(capacity, sizeof(void*)));
-        if (!grown)
-            return false;
-        if (m_size > 0)
-            memcpy(grown, m_slots, size_t{m_size} * sizeof(void*));
-        free(m_slots);
-        m_slots = grown;
-        m_capacity = static_cast<uint32_t>(capacity);
+    if (IsAttached() && count <= m_size) {
+        m_size = count; // the slots behind belong to their owner and stay as they are
+        return true;
     }
+    if (count > m_capacity && !Grow(count))
+        return false;
     if (count < m_size)
         memset(m_slots + count, 0, size_t{m_size - count} * sizeof(void*));
     m_size = count;
+    return true;
+}
+
+bool CVrSimplePtrArray::Grow(uint32_t count) {
+    const uint64_t capacity = m_capacity + (uint64_t{count} - m_capacity + kStep - 1) / kStep * kStep;
+    auto* grown = capacity <= UINT32_MAX ? static_cast<void**>(calloc(capacity, sizeof(void*))) : nullptr;
+    if (!grown)
+        return false;
+    if (m_size > 0)
+        memcpy(grown, m_slots, size_t{m_size} * sizeof(void*));
+    FreeOwn();
+    m_slots = grown;
+    m_capacity = static_cast<uint32_t>(capacity);
     return true;
 }
 

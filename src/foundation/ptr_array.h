@@ -82,6 +82,14 @@ public:
     bool SetSize(uint32_t count);
     int32_t Add(void* pointer); // index of the new slot, -1 if memory ran out
 
+    // Shows count slots of another owner, which stay valid until this array grows or is destroyed.
+    void Attach(void** slots, uint32_t count) {
+        FreeOwn();
+        m_slots = slots;
+        m_size = count;
+        m_capacity = 0;
+    }
+
     void*& operator[](uint32_t index) {
         assert(index < m_size);
         return m_slots[index];
@@ -100,9 +108,16 @@ public:
     void* const* end() const { return m_slots + m_size; }
 
 private:
+    bool IsAttached() const { return m_capacity == 0 && m_slots; }
+    bool Grow(uint32_t count);
+    void FreeOwn() {
+        if (m_capacity > 0)
+            free(m_slots);
+    }
+
     void** m_slots = nullptr;
     uint32_t m_size = 0;
-    uint32_t m_capacity = 0;
+    uint32_t m_capacity = 0; // 0: no buffer, or one of another owner
 };
 
 // A CVrxPtrArray whose slots are all T*. Still does not own the pointees.

@@ -65,7 +65,8 @@ CVrxStringU::CVrxStringU(CVrxStringU&& other) noexcept
 }
 
 CVrxStringU::~CVrxStringU() {
-    free(m_data);
+    if (!IsAttached())
+        free(m_data);
 }
 
 CVrxStringU& CVrxStringU::operator=(const CVrxStringU& other) {
@@ -88,14 +89,19 @@ CVrxStringU& CVrxStringU::operator=(const char* text) {
 }
 
 void CVrxStringU::Release() {
-    free(m_data);
+    if (!IsAttached())
+        free(m_data);
     m_data = nullptr;
     m_capacity = 0;
     m_length = 0;
 }
 
 bool CVrxStringU::Reallocate(uint32_t newCapacity) {
-    char* grown = newCapacity <= INT32_MAX ? static_cast<char*>(realloc(m_data, newCapacity)) : nullptr;
+    const bool wasAttached = IsAttached();
+    char* former = wasAttached ? nullptr : m_data;
+    char* grown = newCapacity <= INT32_MAX ? static_cast<char*>(realloc(former, newCapacity)) : nullptr;
+    if (grown && wasAttached)
+        memcpy(grown, m_data, std::min(m_length + 1, newCapacity));
     if (!grown) {
         Release();
         return false;
@@ -107,7 +113,7 @@ bool CVrxStringU::Reallocate(uint32_t newCapacity) {
 
 bool CVrxStringU::Owns(const void* bytes) const {
     const auto* p = static_cast<const char*>(bytes);
-    return m_data && p >= m_data && p < m_data + m_capacity;
+    return m_data && p >= m_data && p < m_data + (IsAttached() ? m_length + 1 : static_cast<uint32_t>(m_capacity));
 }
 
 void CVrxStringU::Assign(const char* text, int32_t maxLength) {

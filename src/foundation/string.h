@@ -41,6 +41,10 @@ public:
     CVrxStringU& operator+=(const CVrxStringU& string);
     CVrxStringU& operator+=(char character);
 
+    // Refers to a text of another owner without copying it: length bytes with a NUL behind them, which stay valid until
+    // this string is changed or destroyed. Copies of this string own their text; a move passes the reference on.
+    void Attach(char* text, uint32_t length);
+
     // A buffer of count zero bytes and a terminator as the text, to be filled through GetBuffer; false
     // without memory.
     bool SetZeros(uint32_t count);
@@ -107,11 +111,20 @@ private:
     void Release();                        // to the null state
     bool Reallocate(uint32_t newCapacity); // keeps the text; on failure the string is null
     bool Owns(const void* bytes) const;
+    bool IsAttached() const { return m_data && m_capacity == 0; }
 
     char* m_data = nullptr;
-    int32_t m_capacity = 0; // bytes allocated, terminator included
+    int32_t m_capacity = 0; // bytes allocated, terminator included; 0: none, or the text has another owner
     uint32_t m_length = 0;  // bytes of text, terminator excluded
 };
+
+inline void CVrxStringU::Attach(char* text, uint32_t length) {
+    if (m_capacity > 0)
+        Release();
+    m_data = text;
+    m_capacity = 0;
+    m_length = length;
+}
 
 CVrxStringU operator+(const CVrxStringU& a, const CVrxStringU& b);
 CVrxStringU operator+(const CVrxStringU& a, const char* b);
