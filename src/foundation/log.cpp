@@ -49,9 +49,7 @@ void Log(uint32_t level, const char* tag, const char* format, ...) {
     va_start(arguments, format);
     const int wanted = vsnprintf(t_line + length, room, format, arguments);
     va_end(arguments);
-    length += Fitting(wanted, room);
-    if (wanted >= 0 && static_cast<uint32_t>(wanted) >= room)
-        length = Utf8CutLength(t_line, length - 1);
+    length = Utf8WithoutCutEnd(t_line, length + Fitting(wanted, room));
     t_line[length] = '\0';
     ReplaceInvalidUtf8(t_line, length);
     slot(t_line);

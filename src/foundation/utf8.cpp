@@ -59,9 +59,12 @@ void ReplaceInvalidUtf8(char* text, uint32_t length) {
     }
 }
 
-uint32_t Utf8CutLength(const char* text, uint32_t limit) {
-    uint32_t cut = limit;
-    while (cut > 0 && limit - cut < kMaxSequence && IsContinuation(static_cast<uint8_t>(text[cut])))
-        cut--;
-    return IsContinuation(static_cast<uint8_t>(text[cut])) ? limit : cut;
+uint32_t Utf8WithoutCutEnd(const char* text, uint32_t length) {
+    uint32_t lead = length;
+    while (lead > 0 && length - lead < kMaxSequence) {
+        lead--;
+        if (!IsContinuation(static_cast<uint8_t>(text[lead])))
+            return LengthByLead(static_cast<uint8_t>(text[lead])) > length - lead ? lead : length;
+    }
+    return length;
 }

@@ -11,5 +11,5 @@ uint32_t Utf8SequenceLength(const char* text, uint32_t available);
 // Replaces each byte that belongs to no well-formed sequence by '?'.
 void ReplaceInvalidUtf8(char* text, uint32_t length);
 
-// The largest length not above `limit` at which text, which is longer, can be cut without halving a sequence.
-uint32_t Utf8CutLength(const char* text, uint32_t limit);
+// Length of a text without the sequence at its end whose last bytes were cut off, if there is one.
+uint32_t Utf8WithoutCutEnd(const char* text, uint32_t length);
