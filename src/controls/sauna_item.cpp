@@ -1,0 +1,5 @@
+#include "controls/sauna_item.h"
+
+#include "foundation/class_factory.h"
+
+VR_REGISTER_CLASS(CVrStructureItemSaunaController)
