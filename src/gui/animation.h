@@ -140,17 +140,15 @@ public:
         T value = from;
         if (consumer)
             consumer->OnAnimValue(value);
-        m_queue = RunningAnimations();
-        if (m_queue)
-            m_queue->Add(this);
+        if (CVrAnimQueue* queue = RunningAnimations())
+            queue->Add(this);
     }
 
     // Ends early, without a last value, and leaves the queue.
     void Stop() {
-        if (m_queue)
-            m_queue->Remove(this);
-        m_queue = nullptr;
-        Cancel();
+        if (CVrAnimQueue* queue = RunningAnimations())
+            queue->Remove(this);
+        done = true;
     }
 
     bool IsRunning() const { return !done; }
@@ -179,7 +177,4 @@ public:
     IVrAnimConsumer<T>* consumer = nullptr; // not owned
     uint64_t startTime = 0;                 // tick in ms
     bool done = true;
-
-private:
-    CVrAnimQueue* m_queue = nullptr; // the queue that was joined at the last start
 };

@@ -9,9 +9,9 @@
 #include "foundation/geometry.h"
 #include "gui/animation.h"
 #include "gui/element_ref.h"
+#include "gui/font_table.h"
 
 class CVrArchive;
-class CVrGuiFont;
 class CVrStructure;
 class CVrxStringU;
 
@@ -38,6 +38,8 @@ public:
     virtual uint64_t PassTick() const;
     // Makes the main loop repaint the whole tree. Any thread.
     virtual void WakeForRepaint() {}
+    // The root's store goes out as a frame, as it is.
+    virtual void PresentStore() {}
     // Hands a text command to the command slot.
     virtual void SendCommand(const CVrxStringU&) {}
 
@@ -55,6 +57,7 @@ public:
 
     CVrElementRef<> captureElement;
     CVrAnimQueue animations;
+    CVrFontTable fonts;
     VrArray<CVrPoint> touchPoints; // oldest first
     VrArray<uint64_t> touchTicks;  // ms, one for each point
 
@@ -68,6 +71,3 @@ CVrGuiApplication* TheApplication();
 // Sets the root's redraw flag alone, unless the root is hidden: the picture is composed again from what the
 // elements' stores hold. Nothing without a root.
 void RequestComposition();
-
-// Font by its index in the style sheet's list; null if the list is shorter.
-CVrGuiFont* GetFont(uint32_t index);

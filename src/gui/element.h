@@ -72,6 +72,9 @@ enum : int32_t {
 };
 } // namespace ElementType
 
+// The three layouts of a class row.
+enum class StylePart { Element, Symbol, Text };
+
 class CVrGuiElement : public CVrObject, public CVrGuiFrameBuffer {
 public:
     // Deepest level of an element, the root being level 0. Real pages reach 6.
@@ -256,6 +259,9 @@ public:
 
     // ---- Geometry ----
 
+    // The rectangle that a layout of the element's style gives: its own in its parent, those of symbol and
+    // text in the element. Empty without a style.
+    CVrRect EvaluateStyle(StylePart part) const;
     int32_t ToRootX(int32_t x) const; // adds the x of every ancestor
     int32_t ToRootY(int32_t y) const;
     int32_t FromRootX(int32_t x) const; // subtracts them
@@ -370,7 +376,7 @@ private:
     CVrRect DimmedRect() const;
 
     CVrGuiElement* TopmostChildAt(const CVrPoint& point) const;
-    void FireTimer(uint64_t now);
+    void FinishTimer(uint64_t now);
     void AppendChild(CVrGuiElement* child);
     void ForgetChild(CVrGuiElement* child);
     bool IsSelfOrBelow(const CVrGuiElement* other) const;
@@ -383,3 +389,14 @@ private:
     StoreLook m_storeLook;               // as of the last painting of its own store
     bool m_contentChanged = true;        // see MarkContentChanged
 };
+
+// ---- What the style sheet and the loaded house say; empty without an application ----
+
+// A number of the style sheet by its index in the list of values; 0 if the list is shorter.
+int32_t GetStyleValue(uint32_t index);
+
+// The colour in a slot of another class's row; `fallback` if there is no such row.
+uint32_t ClassColor(int32_t type, uint32_t slot, uint32_t fallback);
+
+// File name of one of the program's own symbols.
+CVrxStringU StaticSymbolName(int32_t number);

@@ -13,6 +13,9 @@ public:
 
     bool IsAtEnd() const { return m_at == m_end; }
 
+    // Bytes not yet read.
+    size_t Remaining() const { return static_cast<size_t>(m_end - m_at); }
+
     // The next code point. The lead byte selects the number of bytes behind it; these give their low 6 bits,
     // whatever their high bits say. A stray byte gives 0 and counts as one byte; a sequence that the end of
     // the text cuts off gives 0 and ends the text. 0 at the end too.
