@@ -65,8 +65,7 @@ CVrxStringU::CVrxStringU(CVrxStringU&& other) noexcept
 }
 
 CVrxStringU::~CVrxStringU() {
-    if (!IsAttached())
-        free(m_data);
+    Release();
 }
 
 CVrxStringU& CVrxStringU::operator=(const CVrxStringU& other) {
@@ -113,7 +112,8 @@ bool CVrxStringU::Reallocate(uint32_t newCapacity) {
 
 bool CVrxStringU::Owns(const void* bytes) const {
     const auto* p = static_cast<const char*>(bytes);
-    return m_data && p >= m_data && p < m_data + (IsAttached() ? m_length + 1 : static_cast<uint32_t>(m_capacity));
+    return m_data && p >= m_data &&
+           p < m_data + (IsAttached() ? m_length + 1 : static_cast<uint32_t>(m_capacity));
 }
 
 void CVrxStringU::Assign(const char* text, int32_t maxLength) {
@@ -142,6 +142,8 @@ void CVrxStringU::AssignBytes(const void* bytes, uint32_t count) {
         Release();
         return;
     }
+    if (IsAttached()) // also a part of this text is the other owner's, who keeps it
+        m_data = nullptr;
     if (Owns(bytes)) { // a part of this text: bring it to the front before the buffer shrinks
         memmove(m_data, bytes, count);
         if (!Reallocate(count + 1))
@@ -206,7 +208,13 @@ bool CVrxStringU::SetZeros(uint32_t count) {
     return true;
 }
 
+bool CVrxStringU::MakeOwn() {
+    return !IsAttached() || Reallocate(m_length + 1);
+}
+
 char* CVrxStringU::GetBuffer() {
+    if (!MakeOwn())
+        return nullptr;
     if (!m_data) {
         if (Reallocate(kEmptyCapacity))
             m_data[0] = '\0';
@@ -218,14 +226,14 @@ char* CVrxStringU::GetBuffer() {
 }
 
 void CVrxStringU::Truncate(uint32_t count) {
-    if (count >= m_length)
+    if (count >= m_length || !MakeOwn())
         return;
     m_length = count;
     m_data[count] = '\0';
 }
 
 void CVrxStringU::Clear() {
-    if (m_capacity > kKeptCapacity)
+    if (m_capacity > kKeptCapacity || IsAttached())
         Release();
     else
         Truncate(0);
@@ -282,6 +290,8 @@ void CVrxStringU::MakeLower() {
     constexpr uint32_t kFirstCapital = 0xC380; // U+00C0
     constexpr uint32_t kLastCapital = 0xC39E;  // U+00DE
     constexpr uint8_t kToLower = 32;
+    if (!MakeOwn())
+        return;
     auto* bytes = reinterpret_cast<uint8_t*>(m_data);
     for (uint32_t i = 0; i < m_length;) {
         const uint8_t lead = bytes[i];

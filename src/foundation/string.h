@@ -41,8 +41,9 @@ public:
     CVrxStringU& operator+=(const CVrxStringU& string);
     CVrxStringU& operator+=(char character);
 
-    // Refers to a text of another owner without copying it: length bytes with a NUL behind them, which stay valid until
-    // this string is changed or destroyed. Copies of this string own their text; a move passes the reference on.
+    // Refers to a text of another owner without copying it: length bytes with a NUL behind them, which stay
+    // valid until this string is changed or destroyed. Copies of this string own their text; a move passes
+    // the reference on.
     void Attach(char* text, uint32_t length);
 
     // A buffer of count zero bytes and a terminator as the text, to be filled through GetBuffer; false
@@ -112,6 +113,7 @@ private:
     bool Reallocate(uint32_t newCapacity); // keeps the text; on failure the string is null
     bool Owns(const void* bytes) const;
     bool IsAttached() const { return m_data && m_capacity == 0; }
+    bool MakeOwn(); // before a change in place; false if memory ran out
 
     char* m_data = nullptr;
     int32_t m_capacity = 0; // bytes allocated, terminator included; 0: none, or the text has another owner

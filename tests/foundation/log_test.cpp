@@ -1,4 +1,3 @@
-#include <regex>
 #include <string>
 #include <thread>
 
@@ -65,11 +64,12 @@ TEST(LogTest, LinesOfManyThreadsDoNotMix) {
     }
     for (std::thread& thread : threads)
         thread.join();
-    const std::regex whole("\\d+ms RK T: (a{200}|b{200}|c{200}|d{200})");
     const auto lines = log.All();
     EXPECT_EQ(lines.size(), 800u);
-    for (const std::string& line : lines)
-        ASSERT_TRUE(std::regex_match(line, whole)) << line;
+    for (const std::string& line : lines) {
+        const size_t text = line.find("ms RK T: ") + 9;
+        ASSERT_EQ(line.substr(text), std::string(200, line.back())) << line;
+    }
 }
 
 TEST(Utf8Test, OnlyWellFormedSequencesCount) {

@@ -65,6 +65,41 @@ TEST(StringTest, AssigningAPartOfItselfIsSafe) {
     EXPECT_EQ(text, "<5656656>");
 }
 
+TEST(StringTest, AttachedTextIsNeverWrittenTo) {
+    char others[] = "OTHERS";
+    const auto attached = [&others] {
+        CVrxStringU text;
+        text.Attach(others, 6);
+        return text;
+    };
+    CVrxStringU text = attached();
+    EXPECT_EQ(text.CStr(), others);
+    text.MakeLower();
+    EXPECT_EQ(text, "others");
+    text = attached();
+    text.Assign(text.CStr() + 2);
+    EXPECT_EQ(text, "HERS");
+    text = attached();
+    text.Append(text);
+    EXPECT_EQ(text, "OTHERSOTHERS");
+    text = attached();
+    text.Truncate(3);
+    EXPECT_EQ(text, "OTH");
+    text = attached();
+    text.GetBuffer()[0] = 'x';
+    EXPECT_EQ(text, "xTHERS");
+    text = attached();
+    text.Format("<%s>", text.CStr());
+    EXPECT_EQ(text, "<OTHERS>");
+    text = attached();
+    text.Clear();
+    EXPECT_TRUE(text.IsNull());
+    text = attached();
+    EXPECT_TRUE(text.SetZeros(3));
+    const CVrxStringU copy(attached());
+    EXPECT_STREQ(others, "OTHERS");
+}
+
 TEST(StringTest, MoveLeavesAUsableNullString) {
     CVrxStringU source("text");
     CVrxStringU target(std::move(source));

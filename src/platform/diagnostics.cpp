@@ -1,0 +1,41 @@
+#include "platform/diagnostics.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "platform/descriptor.h"
+#include "platform/wait.h"
+
+namespace platform {
+
+namespace {
+
+// A pipe that poll calls writable takes this much at once (PIPE_BUF).
+constexpr int kLineSize = 4096;
+
+} // namespace
+
+void WriteDiagnostic(const char* format, ...) {
+    char line[kLineSize];
+    va_list arguments;
+    va_start(arguments, format);
+    const int wanted = vsnprintf(line, sizeof line, format, arguments);
+    va_end(arguments);
+    if (wanted <= 0)
+        return;
+    pollfd entry{STDERR_FILENO, POLLOUT, 0};
+    if (Poll(&entry, 1, Deadline(0)) <= 0 || (entry.revents & POLLOUT) == 0)
+        return;
+    const auto length = static_cast<size_t>(std::min(wanted, kLineSize - 1));
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, line, length);
+}
+
+bool RedirectDiagnostics(const char* path) {
+    const Descriptor file(open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+    return file.IsOpen() && dup2(file.Get(), STDERR_FILENO) >= 0;
+}
+
+} // namespace platform

@@ -1,0 +1,12 @@
+// The process's own remarks on standard error.
+#pragma once
+
+namespace platform {
+
+// printf to standard error. Never waits: while the other end of a pipe does not read, remarks are lost.
+void WriteDiagnostic(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// From now on standard error is appended to this file; false, and nothing changed, if it cannot be opened.
+bool RedirectDiagnostics(const char* path);
+
+} // namespace platform
