@@ -10,6 +10,7 @@ namespace desktop {
 namespace {
 
 constexpr std::size_t MaxRemarks = 1000;
+constexpr std::size_t LongestPathKey = 40;
 constexpr std::size_t MaxPathParts = 16; // of a path that is printed
 // Columns count characters, but bytes in lines beyond this, so that a house in one line is no quadratic wait.
 constexpr std::size_t LongestCountedLine = 64 * 1024;
@@ -116,11 +117,11 @@ private:
 
     void Fail(std::size_t offset, std::string what) {
         if (!failure)
-            failure = JsonRemark{offset, std::move(what)};
+            failure = JsonRemark{offset, std::move(what), current};
     }
-    void Remark(std::size_t offset, std::string what) {
+    void Remark(std::size_t offset, std::string what, std::uint32_t about) {
         if (doc.remarks.size() < MaxRemarks)
-            doc.remarks.push_back({offset, std::move(what)});
+            doc.remarks.push_back({offset, std::move(what), about});
     }
 
     bool SkipSpace() {
@@ -203,7 +204,8 @@ private:
             return Fail(pos, "a value is missing behind the key");
         if (expect != Expect::CommaOrEnd && !justOpened)
             Remark(lastComma,
-                   "a comma in front of the closing bracket is no JSON; the display puts up with it");
+                   "a comma in front of the closing bracket is no JSON; the display puts up with it",
+                   current);
         if (kind == Kind::Object)
             RemarkDuplicates(current);
         doc.nodes[current].end = static_cast<std::uint32_t>(++pos);
@@ -256,6 +258,8 @@ private:
 
     // From the opening quote at pos: the place of the closing one.
     std::size_t ScanString() {
+        const std::uint32_t about =
+            expect == Expect::Key ? current : static_cast<std::uint32_t>(doc.nodes.size());
         bool escapes = false, breaks = false, badUtf8 = false;
         std::size_t i = pos + 1;
         while (i < text.size() && text[i] != '"' && text[i] != '\0') {
@@ -274,12 +278,13 @@ private:
         if (i >= text.size() || text[i] == '\0')
             Fail(pos, "this string is never closed");
         if (escapes)
-            Remark(pos, "the display shows escapes as they are written; write the character itself");
+            Remark(pos, "the display shows escapes as they are written; write the character itself", about);
         if (breaks)
             Remark(pos,
-                   "a line break or control character in a string is no JSON; the display puts up with it");
+                   "a line break or control character in a string is no JSON; the display puts up with it",
+                   about);
         if (badUtf8)
-            Remark(pos, "this string is no valid UTF-8");
+            Remark(pos, "this string is no valid UTF-8", about);
         return i;
     }
 
@@ -337,8 +342,10 @@ private:
         for (std::uint32_t i = doc.nodes[object].firstChild; i != None; i = doc.nodes[i].nextSibling) {
             const bool known = many ? !seen.insert(doc.Key(i)).second : doc.Find(object, doc.Key(i)) != i;
             if (known)
-                Remark(doc.nodes[i].keyStart - 1, "the key \"" + std::string(doc.Key(i).substr(0, 40)) +
-                                                      "\" stands twice in this object; the first one counts");
+                Remark(doc.nodes[i].keyStart - 1,
+                       "the key \"" + std::string(doc.Key(i).substr(0, 40)) +
+                           "\" stands twice in this object; the first one counts",
+                       i);
         }
     }
 
@@ -406,20 +413,17 @@ TextPosition JsonDocument::PositionOf(std::size_t offset) const {
 
 std::string JsonDocument::PathOf(std::uint32_t node) const {
     std::vector<std::uint32_t> chain;
-    for (; node != None && nodes[node].parent != None; node = nodes[node].parent)
+    while (node != None && nodes[node].parent != None && chain.size() < MaxPathParts) {
         chain.push_back(node);
-    std::string path;
-    const std::size_t half = MaxPathParts / 2;
+        node = nodes[node].parent;
+    }
+    std::string path = node != None && nodes[node].parent != None ? "..." : "";
     for (std::size_t i = chain.size(); i-- > 0;) {
-        if (chain.size() > MaxPathParts && i >= half && i < chain.size() - half) {
-            path += i == half ? "..." : "";
-            continue;
-        }
         const Node& part = nodes[chain[i]];
         if (nodes[part.parent].kind == Kind::Array)
             path += "[" + std::to_string(part.index) + "]";
         else
-            path += (path.empty() ? "" : ".") + std::string(Key(chain[i]));
+            path += (path.empty() || path == "..." ? "" : ".") + std::string(Key(chain[i]).substr(0, LongestPathKey));
     }
     return path;
 }

@@ -21,6 +21,7 @@ struct TextPosition {
 struct JsonRemark {
     std::size_t offset = 0; // in bytes from the start of the text
     std::string text;
+    std::uint32_t node = 0xFFFFFFFF; // what it is about; the container around it where no node was made
 };
 
 class JsonDocument {
@@ -58,7 +59,7 @@ public:
     std::uint32_t Find(std::uint32_t object, std::string_view key) const; // first match, None without
 
     TextPosition PositionOf(std::size_t offset) const;
-    // "[3].sub[1].T"; empty for the root. Deep paths are cut in the middle.
+    // "[3].sub[1].T"; empty for the root. Of a deep one the last 16 parts behind "...".
     std::string PathOf(std::uint32_t node) const;
 
 private:

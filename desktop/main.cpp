@@ -1,6 +1,7 @@
 // wallslate-host: chooses what to do and turns every fault into one line and exit code 1.
 #include "desktop/fault.h"
 #include "desktop/headless.h"
+#include "desktop/house_check.h"
 #include "desktop/options.h"
 
 #include <csignal>
@@ -39,12 +40,24 @@ void RunHeadlessWith(const Options& options) {
     RunHeadless(house, run);
 }
 
+int CheckWith(const Options& options) {
+    const House house = ReadHouse(options.house);
+    const CheckResult result = CheckHouse(house);
+    for (const Finding& finding : result.findings)
+        std::printf("%s\n", FormatFinding(finding, house.folder).c_str());
+    if (!options.quiet)
+        std::printf("%s: %s\n", house.folder.c_str(), Summary(result).c_str());
+    return result.Good() ? 0 : 1;
+}
+
 int Run(int count, char** arguments) {
     std::optional<Options> options = ParseOptions(count, arguments);
     if (!options)
         return 0;
     if (options->house.empty())
         options->house = DemoHouseFolder();
+    if (options->check)
+        return CheckWith(*options);
     if (options->display.empty())
         options->display = DefaultDisplayProgram();
     RunHeadlessWith(*options);
