@@ -188,6 +188,22 @@ TEST_F(HostProgram, AMissingDisplayProgramIsNamed) {
     EXPECT_NE(run.err.find("/no/such/display cannot be started: No such file"), std::string::npos) << run.err;
 }
 
+TEST_F(HostProgram, TheHostInTwentyLinesOfTheProtocolPageWorks) {
+    if (RunShell("python3 --version").exitCode != 0)
+        GTEST_SKIP() << "no python3 here";
+    const std::string page = ReadText(std::filesystem::path(WALLSLATE_SOURCE_DIR) / "docs/protocol.md");
+    const std::string fence = "```python\n";
+    const std::size_t start = page.find(fence) + fence.size();
+    WriteText(File("host.py"), page.substr(start, page.find("```", start) - start));
+    const RunResult run =
+        RunShell("cd " + folder.Path().string() + " && TMPDIR=. timeout 20 python3 host.py " +
+                 BinaryPath("fake_display").string() + " " + House().string());
+    EXPECT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_NE(run.out.find("{\"at\":[392,392]}"), std::string::npos) << run.out;
+    EXPECT_EQ(std::filesystem::file_size(File("screen.ppm")), 15 + 3u * 784 * 784);
+    EXPECT_TRUE(DisplayIsGone());
+}
+
 TEST_F(HostProgram, ASignalEndsHostAndDisplay) {
     WriteText(File("s"), "wait 60000\n");
     const RunResult run = RunShell(
