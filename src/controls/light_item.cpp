@@ -1,6 +1,7 @@
 #include "controls/light_item.h"
 
 #include "foundation/class_factory.h"
+#include "foundation/log.h"
 
 VR_REGISTER_CLASS(CVrStructureItemLightController2)
 
@@ -15,8 +16,8 @@ CVrStructureItemLightController2::~CVrStructureItemLightController2() {
 }
 
 void CVrStructureItemLightController2::ClearMoods() {
-    for (CVrLightMood* mood : moods)
-        delete mood;
+    for (uint32_t i = moods.GetSize(); i > 0; i--)
+        delete moods[i - 1];
     moods.Clear();
 }
 
@@ -25,18 +26,20 @@ bool CVrStructureItemLightController2::ReadOwnKeys(const CVrJsonValue& object) {
     if (list && !list->IsArray())
         return false;
     ClearMoods();
-    if (!list)
-        return true;
-    int32_t index = 0;
-    for (const CVrJsonValue* entry : list->Children()) {
-        const int32_t position = index++;
+    for (uint32_t i = 0; list && i < list->GetChildCount(); i++) {
+        const CVrJsonValue* entry = list->GetChild(i);
+        if (!entry->IsObject()) {
+            Log(LogWarning, "CVrStructureItemLightController2::ReadOwnKeys", "U=%x: mood %u is no object",
+                uuid, i);
+            continue;
+        }
         int32_t id = 0;
         item_json::ReadNumberKey(entry, "id", id);
-        if (!entry->IsObject() || id == kOffMoodId)
+        if (id == kOffMoodId)
             continue;
         auto* mood = new CVrLightMood;
         mood->id = id;
-        mood->index = position;
+        mood->index = static_cast<int32_t>(i);
         item_json::ReadTextKey(entry, "name", mood->name);
         item_json::ReadNumberKey(entry, "defaultIcon", mood->defaultIcon);
         moods.Add(mood);

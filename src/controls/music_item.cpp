@@ -4,6 +4,11 @@
 
 VR_REGISTER_CLASS(CVrStructureItemMusicPlayer)
 
+CVrStructureItemMusicPlayer::~CVrStructureItemMusicPlayer() {
+    for (uint32_t i = favourites.GetSize(); i > 0; i--)
+        delete favourites[i - 1];
+}
+
 bool CVrStructureItemMusicPlayer::ReadOwnKeys(const CVrJsonValue& object) {
     const CVrJsonValue* details = item_json::Details(object);
     item_json::ReadNumberKey(details, "playerid", playerId);

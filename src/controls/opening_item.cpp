@@ -7,7 +7,7 @@ VR_REGISTER_CLASS(CVrStructureItemGateController)
 
 bool CVrStructureItemOpening::ReadOwnKeys(const CVrJsonValue& object) {
     const CVrJsonValue* details = item_json::Details(object);
-    const bool hasType = details && details->Find("type");
-    item_json::ReadNumberKey(details, hasType ? "type" : "T", detailType);
+    if (!item_json::ReadNumberKey(details, "type", detailType))
+        item_json::ReadNumberKey(details, "T", detailType);
     return true;
 }

@@ -8,12 +8,6 @@ namespace {
 
 constexpr double kIoTypes = 3; // numbers below are known
 
-// A key of `details`, or else of the object itself.
-const CVrJsonValue* FindEither(const CVrJsonValue* details, const CVrJsonValue& object, const char* key) {
-    const CVrJsonValue* value = details ? details->Find(key) : nullptr;
-    return value ? value : object.Find(key);
-}
-
 } // namespace
 
 bool CVrStructureItemStatus::ReadOwnKeys(const CVrJsonValue& object) {
@@ -24,13 +18,17 @@ bool CVrStructureItemStatus::ReadOwnKeys(const CVrJsonValue& object) {
         hasIoType = true;
     }
     item_json::ReadTextKey(details, "DU", format);
-    ReadBool(FindEither(details, object, "WA"), writable);
-    hasStep = ReadNumber(FindEither(details, object, "ST"), step);
-    hasMin = ReadNumber(FindEither(details, object, "MIN"), min);
-    hasMax = ReadNumber(FindEither(details, object, "MAX"), max);
+    // These stand in `details` or, where it lacks them, in the object itself.
+    const CVrJsonValue none;
+    const CVrJsonValue& inner = details ? *details : none;
+    if (!ReadBool(inner.Find("WA"), writable))
+        ReadBool(object.Find("WA"), writable);
+    hasStep = ReadNumber(inner.Find("ST"), step) || ReadNumber(object.Find("ST"), step);
+    hasMin = ReadNumber(inner.Find("MIN"), min) || ReadNumber(object.Find("MIN"), min);
+    hasMax = ReadNumber(inner.Find("MAX"), max) || ReadNumber(object.Find("MAX"), max);
     return true;
 }
 
 CVrxStringU CVrStructureItemStatus::GetPageClass() const {
-    return writable && ioType == IoAnalog ? CVrxStringU("CVrGuiGenericIoWritable") : CVrStructureItem::GetPageClass();
+    return IsWritable() ? CVrxStringU("CVrGuiGenericIoWritable") : CVrStructureItem::GetPageClass();
 }

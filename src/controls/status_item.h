@@ -11,10 +11,20 @@ public:
     bool ReadOwnKeys(const CVrJsonValue& object) override;
     CVrxStringU GetPageClass() const override;
 
-    bool hasIoType = false;
+    // Only an analog value can be set here; all others are shown alone, whatever the structure says.
+    bool IsWritable() const { return writable && ioType == IoAnalog; }
+
     uint8_t ioType = IoDigital;
+    bool hasIoType = false; // the structure gave it
+    bool hasState = false;  // a state has reached the item: the next two count and stateJson does not
+    bool boolState = false;
     bool writable = false;
-    bool hasStep = false, hasMin = false, hasMax = false;
-    double step = 0, min = 0, max = 0;
-    CVrxStringU format; // of the value, with its unit
+    bool hasStep = false; // which of the next three the structure gave
+    bool hasMin = false;
+    bool hasMax = false;
+    double step = 0;
+    double min = 0;
+    double max = 0;
+    CVrxStringU valueText; // analog or text state
+    CVrxStringU format;    // of the value, with its unit
 };

@@ -1,6 +1,7 @@
 #include "controls/windows_item.h"
 
 #include "foundation/class_factory.h"
+#include "foundation/log.h"
 
 VR_REGISTER_CLASS(CVrStructureItemWindowsMonitor)
 
@@ -9,8 +10,8 @@ CVrStructureItemWindowsMonitor::~CVrStructureItemWindowsMonitor() {
 }
 
 void CVrStructureItemWindowsMonitor::ClearWindows() {
-    for (CVrWindowRecord* window : windows)
-        delete window;
+    for (uint32_t i = windows.GetSize(); i > 0; i--)
+        delete windows[i - 1];
     windows.Clear();
 }
 
@@ -20,13 +21,16 @@ bool CVrStructureItemWindowsMonitor::ReadOwnKeys(const CVrJsonValue& object) {
         return true;
     ClearWindows();
     for (const CVrJsonValue* entry : list->Children()) {
-        const CVrJsonValue* number = entry->Find("id");
-        if (!number || !number->IsNumber())
+        int32_t id = 0;
+        if (!item_json::ReadNumberKey(entry, "id", id)) {
+            Log(LogWarning, "CVrStructureItemWindowsMonitor::ReadOwnKeys", "U=%x: a window without id", uuid);
             continue;
+        }
         auto* window = new CVrWindowRecord;
-        window->id = number->ToInt32();
+        window->id = id;
         window->room = room;
-        item_json::ReadNumberKey(entry, entry->Find("R") ? "R" : "room", window->room);
+        if (!item_json::ReadNumberKey(entry, "R", window->room))
+            item_json::ReadNumberKey(entry, "room", window->room);
         item_json::ReadTextKey(entry, "name", window->name);
         windows.Add(window);
     }

@@ -6,7 +6,7 @@
 
 struct CVrWindowRecord {
     int32_t id = 0;
-    int32_t room = 0;
+    int32_t room = 0; // of the window itself, else that of the monitor
     CVrxStringU name;
 };
 
@@ -16,7 +16,10 @@ public:
 
     bool ReadOwnKeys(const CVrJsonValue& object) override;
 
-    VrPtrs<CVrWindowRecord> windows; // owned
+    // Windows with an id of 32 or more have no bit and count as closed.
+    uint32_t openMask = 0;           // bit n: the window with the id n is open
+    uint32_t tiltedMask = 0;         // bit n: the window with the id n is tilted
+    VrPtrs<CVrWindowRecord> windows; // owned, in document order
 
 private:
     void ClearWindows();

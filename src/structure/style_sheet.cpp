@@ -1,9 +1,12 @@
 #include "structure/style_sheet.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 
 #include "foundation/json.h"
 #include "foundation/log.h"
+#include "structure/hex.h"
 
 namespace {
 
@@ -14,34 +17,20 @@ struct ClassRow {
 
 // The order is the contract: an element's `type` is its row.
 constexpr ClassRow kClassRows[] = {
-    {"CVrGuiMainWin", 32},
-    {"CVrGuiMenu", 42},
-    {"CVrGuiMenuBtn", 32},
-    {"CVrGuiFrame", 48},
-    {"CVrGuiFrameArea", 33},
-    {"CVrGuiFrameBtn", 32},
-    {"CVrGuiFrameCoverBtn", 32},
-    {"CVrGuiFrameListBtn", 32},
-    {"CVrGuiActionbar", 32},
-    {"CVrGuiActionbarBtn", 32},
-    {"CVrGuiPopupFrame", 41},
-    {"CVrGuiPopupMenu", 41},
-    {"CVrGuiPopupMenuBtn", 32},
-    {"CVrGuiPopupMenuSlider", 32},
-    {"CVrGuiButton", 40},
-    {"CVrGuiPopupSliderFrame", 32},
-    {"CVrGuiPopupSlider", 40},
-    {"CVrGuiShadeElement", 32},
-    {"CVrGuiPlainText", 32},
-    {"CVrGuiPlainTextSmall", 32},
-    {"CVrGuiShadeIconElement", 32},
-    {"CVrGuiTreeIconElement", 32},
-    {"CVrGuiTreeListBtn", 32},
-    {"CVrGuiTreeHeaderBtn", 32},
-    {"CVrGuiPairingScreen", 32},
-    {"CVrGuiPairingRetryBtn", 32},
-    {"CVrGuiScreenSaver", 32},
-    {"CVrGuiVideo", 40},
+    {"CVrGuiMainWin", 32},          {"CVrGuiMenu", 42},
+    {"CVrGuiMenuBtn", 32},          {"CVrGuiFrame", 48},
+    {"CVrGuiFrameArea", 33},        {"CVrGuiFrameBtn", 32},
+    {"CVrGuiFrameCoverBtn", 32},    {"CVrGuiFrameListBtn", 32},
+    {"CVrGuiActionbar", 32},        {"CVrGuiActionbarBtn", 32},
+    {"CVrGuiPopupFrame", 41},       {"CVrGuiPopupMenu", 41},
+    {"CVrGuiPopupMenuBtn", 32},     {"CVrGuiPopupMenuSlider", 32},
+    {"CVrGuiButton", 40},           {"CVrGuiPopupSliderFrame", 32},
+    {"CVrGuiPopupSlider", 40},      {"CVrGuiShadeElement", 32},
+    {"CVrGuiPlainText", 32},        {"CVrGuiPlainTextSmall", 32},
+    {"CVrGuiShadeIconElement", 32}, {"CVrGuiTreeIconElement", 32},
+    {"CVrGuiTreeListBtn", 32},      {"CVrGuiTreeHeaderBtn", 32},
+    {"CVrGuiPairingScreen", 32},    {"CVrGuiPairingRetryBtn", 32},
+    {"CVrGuiScreenSaver", 32},      {"CVrGuiVideo", 40},
 };
 
 constexpr uint32_t kHexDigits = 8; // of a colour, at most
@@ -70,14 +59,14 @@ const CVrJsonValue* FirstMember(const CVrJsonValue& entry) {
 uint32_t ParseHex(const CVrxStringU& text) {
     uint32_t value = 0;
     for (uint32_t i = 0; i < text.GetLength() && i < kHexDigits; i++) {
-        const char digit[2] = {text[i], '\0'};
-        char* end = nullptr;
-        const auto number = static_cast<uint32_t>(strtoul(digit, &end, 16));
-        if (end == digit)
+        if (!AppendHexDigit(text[i], value))
             break;
-        value = value << 4 | number;
     }
     return value;
+}
+
+int32_t ParseInteger(const CVrxStringU& text) {
+    return foundation::SaturateToInt32(strtoll(text.CStr(), nullptr, 10));
 }
 
 // A whole list, read by `read(const CVrJsonValue& member)` for the first member of each of its objects.
@@ -101,10 +90,12 @@ void CStyle::Parse(const CVrxStringU& text) {
     while (from <= text.GetLength()) {
         const int32_t comma = text.Find(',', from);
         const uint32_t to = comma < 0 ? text.GetLength() : static_cast<uint32_t>(comma);
-        const CVrxStringU item = Trimmed(text.Mid(static_cast<int32_t>(from), static_cast<int32_t>(to - from)));
+        const CVrxStringU item =
+            Trimmed(text.Mid(static_cast<int32_t>(from), static_cast<int32_t>(to - from)));
         const int32_t equals = item.Find('=');
         if (equals > 0)
-            SetItem(Trimmed(item.Left(equals)), Trimmed(item.Mid(equals + 1, static_cast<int32_t>(item.GetLength()))));
+            SetItem(Trimmed(item.Left(equals)),
+                    Trimmed(item.Mid(equals + 1, static_cast<int32_t>(item.GetLength()))));
         from = to + 1;
     }
 }
@@ -131,7 +122,7 @@ void CStyle::SetItem(const CVrxStringU& key, const CVrxStringU& value) {
     };
     if (value.IsEmpty())
         return;
-    const auto number = static_cast<int32_t>(strtol(value.CStr(), nullptr, 10));
+    const auto number = ParseInteger(value);
     if (key == "m") {
         x = y = w = h = number;
         mask |= AllMargins;
@@ -200,7 +191,8 @@ void CVrStyleSheet::PrepareClasses() {
         auto* entry = new CVrClassStyle;
         entry->className = row.name;
         entry->startFlags = row.startFlags;
-        Log(LogTrace, "CVrStructure::PrepareClasses", "%d: %s", static_cast<int32_t>(classRows.GetSize()), row.name);
+        Log(LogTrace, "CVrStructure::PrepareClasses", "%d: %s", static_cast<int32_t>(classRows.GetSize()),
+            row.name);
         classNames.Add(row.name);
         classRows.Add(entry);
     }
@@ -250,8 +242,8 @@ int32_t CVrStyleSheet::FindColor(const CVrxStringU& name) const {
     return -1;
 }
 
-// A name that stands earlier in the list resolves at once, one that comes later in the second pass; a chain of forward
-// references resolves only as far as the order allows.
+// A name that stands earlier in the list resolves at once, one that comes later in the second pass; a chain
+// of forward references resolves only as far as the order allows.
 void CVrStyleSheet::LoadColors(const CVrJsonValue* list) {
     ForEachNamed(list, [this](const CVrJsonValue& member) {
         auto* color = new CVrColorSpec;
@@ -288,7 +280,8 @@ void CVrStyleSheet::LoadValues(const CVrJsonValue* list) {
 void CVrStyleSheet::LoadRows(const CVrJsonValue* list) {
     if (!list)
         return;
-    Log(LogEvent, "CVrStructure::LoadJsonStyles", "%d style children", static_cast<int32_t>(list->GetChildCount()));
+    Log(LogEvent, "CVrStructure::LoadJsonStyles", "%d style children",
+        static_cast<int32_t>(list->GetChildCount()));
     for (const CVrJsonValue* entry : list->Children())
         if (entry->IsObject())
             LoadRow(*entry);
@@ -308,6 +301,8 @@ void CVrStyleSheet::LoadRow(const CVrJsonValue& entry) {
     row.element.Parse(layout("element"));
     row.text.Parse(layout("text"));
     row.symbol.Parse(layout("symbol"));
+    row.colorNames.Clear();
+    std::fill(std::begin(row.colorIndex), std::end(row.colorIndex), uint8_t{0});
     const CVrJsonValue* colors = entry.Find("colors");
     if (!colors)
         return;

@@ -1,5 +1,6 @@
-// The style sheet: where the elements of each class sit in their parent, how they are coloured, the fonts, and a few
-// numbers of the layout. Values, fonts and colours are addressed by position; their order in the file is a contract.
+// The style sheet: where the elements of each class sit in their parent, how they are coloured, the fonts,
+// and a few numbers of the layout. Values, fonts and colours are addressed by position; their order in the
+// file is a contract.
 #pragma once
 
 #include <cstdint>
@@ -56,8 +57,9 @@ enum : uint32_t {
 };
 } // namespace FontIndex
 
-// A layout string, parsed: a list of key=value items such as "l=6,t=110,r=6,b=6,rad=25". The keys x and l, y and t,
-// w and r, h and b share a number each; of two in one string the later one wins it, while both bits stay set.
+// A layout string, parsed: a list of key=value items such as "l=6,t=110,r=6,b=6,rad=25". The keys x and l, y
+// and t, w and r, h and b share a number each; of two in one string the later one wins it, while both bits
+// stay set.
 struct CStyle {
     enum MaskBit : uint32_t {
         AbsoluteX = 1,
@@ -75,20 +77,20 @@ struct CStyle {
         AllMargins = Left | Top | Right | Bottom,
     };
 
-    uint32_t mask = 0;   // which numbers are set, and how
-    int32_t x = 0;       // or the distance from the left
-    int32_t y = 0;       // or the distance from the top
-    int32_t w = 0;       // or the distance from the right
-    int32_t h = 0;       // or the distance from the bottom
-    int32_t rad = 0;     // corner radius
-    int32_t gap = 0;     // a spacing that the users of the style interpret
-    int32_t all = 0;     // kept; nothing reads it
-    CVrxStringU spec;    // the string as written
+    uint32_t mask = 0; // which numbers are set, and how
+    int32_t x = 0;     // or the distance from the left
+    int32_t y = 0;     // or the distance from the top
+    int32_t w = 0;     // or the distance from the right
+    int32_t h = 0;     // or the distance from the bottom
+    int32_t rad = 0;   // corner radius
+    int32_t gap = 0;   // a spacing that the users of the style interpret
+    int32_t all = 0;   // kept; nothing reads it
+    CVrxStringU spec;  // the string as written
 
     void Parse(const CVrxStringU& text);
 
-    // The rectangle in a reference of that size; null for an element without a parent, where percentages and the
-    // distances from right and bottom do not count.
+    // The rectangle in a reference of that size; null for an element without a parent, where percentages and
+    // the distances from right and bottom do not count.
     CVrRect Evaluate(const CVrSize* reference) const;
 
     // Distance of an edge from the reference's; 0 where the string gives none.
@@ -104,11 +106,13 @@ struct CVrClassStyle {
     static constexpr uint32_t kColors = 10;
 
     CVrxStringArray colorNames;
-    uint8_t colorIndex[kColors] = {}; // index in the colour list of each colour slot; 0 (transparent) if unknown
+    uint8_t colorIndex[kColors] =
+        {}; // index in the colour list of each colour slot; 0 (transparent) if unknown
     CVrxStringU className;
-    uint32_t startFlags = 0;          // value for the element's `flags`
-    CVrxStringU styleName;            // name of the entry in the file
-    CStyle element, text, symbol;     // layouts of the element in its parent, and of text and symbol in the element
+    uint32_t startFlags = 0; // value for the element's `flags`
+    CVrxStringU styleName;   // name of the entry in the file
+    CStyle element, text,
+        symbol; // layouts of the element in its parent, and of text and symbol in the element
 };
 
 struct CVrColorSpec {
@@ -146,7 +150,7 @@ public:
     uint32_t Color(uint32_t index) const;
     int32_t Value(uint32_t index) const;
 
-    VrPtrs<CVrColorSpec> colorList;   // owned, like the other lists
+    VrPtrs<CVrColorSpec> colorList; // owned, like the other lists
     VrPtrs<CVrFontSpec> fonts;
     VrPtrs<CVrStyleValue> values;
     CVrxStringArray classNames;
