@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-// Appends the digit to the value, of which the low 32 bits are kept; false, and no change, for another character.
+// Appends the digit to the value, of which the low 32 bits are kept; false, and no change, for another
+// character.
 inline bool AppendHexDigit(char c, uint32_t& value) {
     const char lower = static_cast<char>(c | 0x20);
     if (c >= '0' && c <= '9')

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "json_reference.h"
+#include "support/text_pieces.h"
 
 namespace {
 
@@ -22,24 +23,7 @@ int32_t ResultOf(const std::string& text) {
     return parser.Parse(Text(text));
 }
 
-// GCC 12 warns of overlapping copies where a literal is added to a temporary string; append to a named one
-// instead.
-std::string Joined(std::initializer_list<std::string> pieces) {
-    std::string text;
-    for (const std::string& piece : pieces)
-        text += piece;
-    return text;
-}
-
-std::string Repeated(const std::string& piece, int count) {
-    std::string text;
-    text.reserve(piece.size() * static_cast<size_t>(count));
-    for (int i = 0; i < count; i++)
-        text += piece;
-    return text;
-}
-
-// Both parsers on one text; the second parse of the same parser too when `more` is given.
+// Both parsers on one text.
 void ExpectSameAsReference(const std::string& text) {
     SCOPED_TRACE(text);
     CVrJsonParser parser;
