@@ -39,7 +39,7 @@ std::string Outline(const CVrStructureItem& item) {
         text += text.empty() ? "" : " ";
         text += std::to_string(child->uuid);
         if (!child->children.IsEmpty())
-            text += "(" + Outline(*child) + ")";
+            text += Joined({"(", Outline(*child), ")"});
     }
     return text;
 }
