@@ -14,11 +14,13 @@ if(WALLSLATE_SANITIZE)
 endif()
 target_link_libraries(wallslate_options INTERFACE Threads::Threads)
 
-# wallslate_layer(NAME LOWER...): the library ws_NAME of all sources below src/NAME, on the layers below it.
+# wallslate_layer(NAME LOWER...): the library ws_NAME of all sources below src/NAME, on the layers below it. A main.cpp
+# there belongs to a program and is left out.
 # The layer order is also checked by tests/layers.
 function(wallslate_layer name)
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS
         ${CMAKE_SOURCE_DIR}/src/${name}/*.cpp ${CMAKE_SOURCE_DIR}/src/${name}/*.S)
+    list(FILTER sources EXCLUDE REGEX "/main\\.cpp$")
     if(NOT sources)
         add_library(ws_${name} INTERFACE)
         set(scope INTERFACE)

@@ -90,6 +90,11 @@ bool PipeWriter::Send(const void* header, uint32_t headerSize, const void* paylo
     return true;
 }
 
+bool PipeWriter::HasRoomFor(uint64_t size) {
+    Guard guard(m_mutex);
+    return m_isOpen && kCapacity - m_used >= size;
+}
+
 bool PipeWriter::WaitForRoom(uint32_t count, uint32_t timeoutMs) {
     const timespec due = MomentIn(timeoutMs);
     while (m_isOpen && kCapacity - m_used < count) {

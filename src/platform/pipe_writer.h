@@ -32,6 +32,9 @@ public:
     bool Send(const void* header, uint32_t headerSize, const void* payload, uint32_t payloadSize,
               uint32_t timeoutMs);
 
+    // Whether a message of this size, header included, would find room now. From any thread.
+    bool HasRoomFor(uint64_t size);
+
     // Refuses new messages, gives the queued ones at most graceMs to leave and ends the thread.
     void Stop(uint32_t graceMs);
 
