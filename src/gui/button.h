@@ -16,8 +16,7 @@ public:
     // Bits of `layout`; 0: no content is painted. Without LayoutIconLeft or LayoutIconRight the symbol is
     // centred horizontally, without LayoutTextBelow or LayoutTextBottom the text is centred vertically.
     enum Layout : uint32_t {
-        LayoutIcon =
-            0x001, // with LayoutTextCenter: symbol above the text; alone it only makes `layout` non-zero
+        LayoutIcon = 0x001,      // with LayoutTextCenter: above the text; alone: some content is painted
         LayoutIconLeft = 0x002,  // at the `symbol` gap of the style
         LayoutIconRight = 0x004, // likewise
         LayoutTextCenter = 0x010,
@@ -57,8 +56,9 @@ public:
     // Renders `icon` and `addIcon` where they are missing; a text that could not be parsed is not tried
     // again.
     void LoadIcons();
-    // Renders them anew, for another name, size or set.
-    void ReloadIcon();
+    // Renders `icon` anew, for another name, size or set; true if there is a bitmap now. Nothing without a
+    // name.
+    bool ReloadIcon();
     // (Re)starts the timer of `vector`, or stops it.
     void RestartVector();
     // Shows another picture; a former one that was owned is deleted.

@@ -34,19 +34,19 @@ public:
     void OnTouchMove(const CVrPoint& point) override { Note("move", point); }
     void OnTouchUp(const CVrPoint& point) override { Note("up", point); }
     bool OnPressCancelled() override {
+        const bool answer = letsGo;
         log.push_back("cancelled");
-        if (onEvent)
-            onEvent("cancelled");
-        return letsGo;
+        Tell("cancelled");
+        return answer;
     }
     bool KeepsContent() const override { return keepsContent; }
     uint32_t GetCornerMask() const override { return cornerMask; }
     void DrawContent() override { paintings++; }
     bool OnTimer(uint64_t now) override {
+        const bool answer = wantsRepaint;
         ticks.push_back(now);
-        if (onEvent)
-            onEvent("timer");
-        return wantsRepaint;
+        Tell("timer");
+        return answer;
     }
     void OnVisibilityChanged(bool hidden) override { log.push_back(hidden ? "hidden" : "shown"); }
 
@@ -66,10 +66,12 @@ public:
 private:
     void Note(const char* name, const CVrPoint& point) {
         log.push_back(std::string(name) + " " + std::to_string(point.x) + "/" + std::to_string(point.y));
-        if (onEvent) {
-            auto copy = onEvent; // survives this element
-            copy(name);
-        }
+        Tell(name);
+    }
+    void Tell(const char* name) {
+        const auto hook = onEvent; // survives this element
+        if (hook)
+            hook(name);
     }
 };
 
