@@ -247,7 +247,9 @@ void PaintCornerPixel(uint32_t& dst, uint32_t coverage, uint32_t color, CornerAl
         return;
     }
     const uint32_t alpha = AlphaOf(color);
-    dst = BlendPixel(dst, color, alpha < kOpaque ? coverage * alpha >> 8 : coverage);
+    const uint32_t a = alpha < kOpaque ? coverage * alpha >> 8 : coverage;
+    if (a != 0)
+        dst = BlendPixel(dst, color, a);
 }
 
 } // namespace
@@ -371,10 +373,13 @@ void CVrGuiFrameBuffer::BlendStore(const CVrRect& clipRect, const CVrGuiFrameBuf
 
 void CVrGuiFrameBuffer::DrawMono(const uint8_t* coverage, const CVrSize& size, CVrPoint point) {
     const CVrRect shown = Visible(point, size);
-    for (int32_t y = shown.y; y < shown.Bottom(); y++) {
-        const uint8_t* src = coverage + int64_t{y - point.y} * size.width + (shown.x - point.x);
-        BestLoops().blendMono(Row(y) + shown.x, src, static_cast<size_t>(shown.width), drawColor);
-    }
+    if (shown.IsEmpty())
+        return;
+    const uint8_t* first = coverage + int64_t{shown.y - point.y} * size.width + (shown.x - point.x);
+    BestLoops().blendMono({Row(shown.y) + shown.x, static_cast<size_t>(storeSize.width), first,
+                           static_cast<size_t>(size.width), static_cast<size_t>(shown.width),
+                           static_cast<size_t>(shown.height)},
+                          drawColor);
 }
 
 void CVrGuiFrameBuffer::DrawSvg(const CVrGuiSvg2Img& icon, CVrPoint point, uint32_t color) {

@@ -13,6 +13,8 @@
 
 #include "gui/pixel_ops.h"
 
+#include <type_traits>
+
 namespace {
 
 using pixelops::BlendPixel;
@@ -114,19 +116,27 @@ struct Kernels {
         V::Store(dst, V::Select(whole, s, shown));
     }
 
+    // Stores across the border of a cache line cost twice: the first and the last register may overlap
+    // others, those between are aligned.
     static void Fill(uint32_t* dst, size_t count, uint32_t color) {
-        const Reg c = V::Set32(color);
-        size_t i = 0;
-        for (; i + 4 * V::kPixels <= count; i += 4 * V::kPixels) {
-            V::Store(dst + i, c);
-            V::Store(dst + i + V::kPixels, c);
-            V::Store(dst + i + 2 * V::kPixels, c);
-            V::Store(dst + i + 3 * V::kPixels, c);
+        if (count < V::kPixels) {
+            for (size_t i = 0; i < count; i++)
+                dst[i] = color;
+            return;
         }
-        for (; i + V::kPixels <= count; i += V::kPixels)
-            V::Store(dst + i, c);
-        for (; i < count; i++)
-            dst[i] = color;
+        const Reg c = V::Set32(color);
+        uint32_t* const end = dst + count;
+        V::Store(dst, c);
+        dst += V::kPixels - reinterpret_cast<uintptr_t>(dst) / sizeof(uint32_t) % V::kPixels;
+        for (; dst + 4 * V::kPixels <= end; dst += 4 * V::kPixels) {
+            V::Store(dst, c);
+            V::Store(dst + V::kPixels, c);
+            V::Store(dst + 2 * V::kPixels, c);
+            V::Store(dst + 3 * V::kPixels, c);
+        }
+        for (; dst + V::kPixels <= end; dst += V::kPixels)
+            V::Store(dst, c);
+        V::Store(end - V::kPixels, c);
     }
 
     static void BlendColor(uint32_t* dst, size_t count, uint32_t color, uint32_t a) {
@@ -181,28 +191,71 @@ struct Kernels {
         return true;
     }
 
-    // The coverage of V::kPixels pixels, boosted, in 32-bit lanes.
-    static Reg Boosted(Reg coverage) {
-        const Reg product = V::Mul16(coverage, V::Set16(kCoverageBoostPercent));
-        const Reg boosted = V::Shr16(V::MulHigh16(product, V::Set16(5243)), 3);
-        return V::Min16(boosted, V::Set16(255));
+    // What a colour makes of coverage, for V::kPixels pixels at a time.
+    struct InkReg {
+        explicit InkReg(uint32_t color)
+            : ink(color), source(V::Set32(color)), alpha(V::Set16(static_cast<uint16_t>(ink.alpha))) {}
+
+        // Coverage in 32-bit lanes to the value that decides about the pixel. The upper halves of the lanes
+        // end up as 127 / 255 = 0 where the alpha counts.
+        Reg Apply(Reg coverage) const {
+            const Reg product = V::Mul16(coverage, V::Set16(kCoverageBoostPercent));
+            const Reg boosted = V::Min16(V::Shr16(V::MulHigh16(product, V::Set16(5243)), 3), V::Set16(255));
+            if (ink.alpha == 255)
+                return boosted;
+            return DivideBy255(V::Add16(V::Mul16(boosted, alpha), V::Set16(127)));
+        }
+
+        MonoInk ink;
+        Reg source;
+        Reg alpha;
+    };
+
+    // Glyphs mix empty, full and half pixels without order: one branch for the empty ones, none for the
+    // others.
+    static void InkPixels(uint32_t* dst, typename V::Bytes coverage, const InkReg& ink) {
+        if (V::AreZero(coverage))
+            return;
+        const Reg c = ink.Apply(V::Widen(coverage));
+        const Reg d = V::Load(dst);
+        const Reg whole = V::Greater32(c, V::Set32(kSolidCoverage - 1));
+        const Reg visible = V::Greater32(c, V::Set32(kInvisibleAlpha));
+        V::Store(dst, V::Select(whole, ink.source, V::Select(visible, Mix(d, ink.source, c), d)));
     }
 
-    static void BlendMono(uint32_t* dst, const uint8_t* coverage, size_t count, uint32_t color) {
-        const MonoInk ink(color);
-        const Reg s = V::Set32(color);
-        const Reg alpha = V::Set16(static_cast<uint16_t>(ink.alpha));
-        size_t i = 0;
-        for (; i + V::kPixels <= count; i += V::kPixels) {
-            if (V::AreZeroBytes(coverage + i))
-                continue;
-            Reg c = Boosted(V::LoadBytes(coverage + i));
-            if (ink.alpha != 255) // The upper half of each lane holds 127 / 255 = 0 after this, as before.
-                c = DivideBy255(V::Add16(V::Mul16(c, alpha), V::Set16(127)));
-            StoreByAlpha(dst + i, s, c, kSolidCoverage);
-        }
-        for (; i < count; i++)
+    static void InkNarrowRow(uint32_t* dst, const uint8_t* coverage, size_t width, const MonoInk& ink) {
+        for (size_t i = 0; i < width; i++)
             MonoPixel(dst[i], coverage[i], ink);
+    }
+
+    // A rest that is narrower than a register is painted by the register that ends with the row; what it
+    // covers twice is taken out of its coverage.
+    static void InkWideRow(uint32_t* dst, const uint8_t* coverage, size_t width, const InkReg& ink) {
+        size_t i = 0;
+        for (; i + V::kPixels <= width; i += V::kPixels)
+            InkPixels(dst + i, V::LoadBytes(coverage + i), ink);
+        if (i < width) {
+            const size_t last = width - V::kPixels;
+            InkPixels(dst + last, V::WithoutFirst(V::LoadBytes(coverage + last), i - last), ink);
+        }
+    }
+
+    static void BlendMono(const pixelops::CoverageBlock& block, uint32_t color) {
+        if constexpr (!std::is_same_v<V, typename V::Narrower>) {
+            if (block.width < V::kPixels) {
+                Kernels<typename V::Narrower>::BlendMono(block, color);
+                return;
+            }
+        }
+        const InkReg ink(color);
+        uint32_t* dst = block.dst;
+        const uint8_t* coverage = block.coverage;
+        for (size_t y = 0; y < block.height; y++, dst += block.dstStride, coverage += block.coverageStride) {
+            if (block.width < V::kPixels)
+                InkNarrowRow(dst, coverage, block.width, ink.ink);
+            else
+                InkWideRow(dst, coverage, block.width, ink);
+        }
     }
 
     static void BlendTint(uint32_t* dst, const uint32_t* src, size_t count, uint32_t color, uint32_t a) {

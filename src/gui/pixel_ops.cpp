@@ -34,10 +34,12 @@ bool IsSolidRow(const uint32_t* src, size_t count) {
     return true;
 }
 
-void BlendMono(uint32_t* dst, const uint8_t* coverage, size_t count, uint32_t color) {
+void BlendMono(const pixelops::CoverageBlock& block, uint32_t color) {
     const MonoInk ink(color);
-    for (size_t i = 0; i < count; i++)
-        MonoPixel(dst[i], coverage[i], ink);
+    for (size_t y = 0; y < block.height; y++) {
+        for (size_t x = 0; x < block.width; x++)
+            MonoPixel(block.dst[y * block.dstStride + x], block.coverage[y * block.coverageStride + x], ink);
+    }
 }
 
 void BlendTint(uint32_t* dst, const uint32_t* src, size_t count, uint32_t color, uint32_t a) {

@@ -21,6 +21,17 @@ constexpr uint32_t kSolidCoverage = 240;
 // Thin strokes of anti-aliased bitmaps gain this many percent of coverage.
 constexpr uint32_t kCoverageBoostPercent = 115;
 
+// Coverage and the pixels that it is painted on. Glyphs are small: a call for each row would cost as much as
+// the row.
+struct CoverageBlock {
+    uint32_t* dst;           // top left pixel
+    size_t dstStride;        // pixels from one row to the next
+    const uint8_t* coverage; // top left byte
+    size_t coverageStride;   // bytes from one row to the next
+    size_t width;
+    size_t height;
+};
+
 // One table of loops. Counts are pixels, source and destination do not overlap, nothing needs alignment.
 struct Loops {
     const char* name;
@@ -41,9 +52,9 @@ struct Loops {
     // True when blendRow would store all pixels of `src` whole.
     bool (*isSolidRow)(const uint32_t* src, size_t count);
 
-    // Paints a row of 8-bit coverage in `color`. Coverage is boosted, scaled by the alpha of the colour where
-    // that lies in 1..254, and then stored, blended or skipped by kSolidCoverage and kInvisibleAlpha.
-    void (*blendMono)(uint32_t* dst, const uint8_t* coverage, size_t count, uint32_t color);
+    // Paints a block of 8-bit coverage in `color`. Coverage is boosted, scaled by the alpha of the colour
+    // where that lies in 1..254, and then stored, blended or skipped by kSolidCoverage and kInvisibleAlpha.
+    void (*blendMono)(const CoverageBlock& block, uint32_t color);
 
     // Blends `color` over each pixel with alpha `a` (0..255) times the alpha of `src` divided by 255; source
     // alpha up to kInvisibleAlpha skips the pixel.
@@ -58,12 +69,18 @@ const Loops* LoopsFor(Level level);
 // The fastest loops that this processor runs.
 const Loops& BestLoops();
 
-// One pixel blended with alpha a, 0..255: the plain formula, for the few pixels that are not part of a row.
+// One pixel blended with alpha a, 0..255: (color * a + dst * (255 - a)) / 255 in each channel, for the few
+// pixels that are not part of a row. Red and blue share a word, each in 16 bits; x / 255 truncated equals (x
+// + 1 + x / 256) / 256 for all x below 65,535, and the sums stay below 65,536, so that neither carries into
+// the other.
 inline uint32_t BlendPixel(uint32_t dst, uint32_t color, uint32_t a) {
-    auto channel = [=](uint32_t shift) {
-        return (((color >> shift & 0xFF) * a + (dst >> shift & 0xFF) * (255 - a)) / 255) << shift;
-    };
-    return (dst & 0xFF000000U) | channel(16) | channel(8) | channel(0);
+    constexpr uint32_t kRedBlue = 0x00FF00FFU;
+    const uint32_t rest = 255 - a;
+    const uint32_t redBlue = (color & kRedBlue) * a + (dst & kRedBlue) * rest;
+    const uint32_t green = (color >> 8 & 0xFF) * a + (dst >> 8 & 0xFF) * rest;
+    const uint32_t mixedRedBlue = (redBlue + 0x00010001U + (redBlue >> 8 & kRedBlue)) >> 8 & kRedBlue;
+    const uint32_t mixedGreen = (green + 1 + (green >> 8)) >> 8;
+    return (dst & 0xFF000000U) | mixedRedBlue | mixedGreen << 8;
 }
 
 } // namespace pixelops

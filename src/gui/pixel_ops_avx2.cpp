@@ -3,8 +3,11 @@
 
 #if defined(__x86_64__)
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <immintrin.h>
+#include <type_traits>
 
 // From here on the compiler may use AVX2. Nothing that other files share may be defined below this line: the
 // kernels and this file's own code stand in anonymous namespaces.
@@ -16,17 +19,30 @@
 #endif
 
 #include "gui/pixel_kernels.h"
+#include "gui/pixel_sse2.h"
 
 namespace {
 
 struct Avx2 {
     using Reg = __m256i;
+    using Narrower = Sse2; // what takes over for rows that are too short
     static constexpr size_t kPixels = 8;
 
     static Reg Load(const uint32_t* p) { return _mm256_loadu_si256(reinterpret_cast<const Reg*>(p)); }
     static void Store(uint32_t* p, Reg r) { _mm256_storeu_si256(reinterpret_cast<Reg*>(p), r); }
-    static bool AreZeroBytes(const uint8_t* p) { return EightBytes(p) == 0; }
-    static Reg LoadBytes(const uint8_t* p) { return _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(EightBytes(p))); }
+
+    // Coverage of kPixels pixels, the first in the lowest byte.
+    using Bytes = uint64_t;
+    static Bytes LoadBytes(const uint8_t* p) {
+        Bytes bytes = 0;
+        memcpy(&bytes, p, sizeof bytes);
+        return bytes;
+    }
+    static bool AreZero(Bytes bytes) { return bytes == 0; }
+    static Bytes WithoutFirst(Bytes bytes, size_t count) { return bytes & ~Bytes{0} << (8 * count); }
+    static Reg Widen(Bytes bytes) {
+        return _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(bytes)));
+    }
 
     static Reg Zero() { return _mm256_setzero_si256(); }
     static Reg Set32(uint32_t v) { return _mm256_set1_epi32(static_cast<int>(v)); }
@@ -54,13 +70,6 @@ struct Avx2 {
     static Reg UnpackLow32(Reg a, Reg b) { return _mm256_unpacklo_epi32(a, b); }
     static Reg UnpackHigh32(Reg a, Reg b) { return _mm256_unpackhi_epi32(a, b); }
     static Reg Pack16(Reg low, Reg high) { return _mm256_packus_epi16(low, high); }
-
-private:
-    static long long EightBytes(const uint8_t* p) {
-        long long bytes = 0;
-        memcpy(&bytes, p, sizeof bytes);
-        return bytes;
-    }
 };
 
 constexpr pixelops::Loops kAvx2Loops = Kernels<Avx2>::Table("avx2");

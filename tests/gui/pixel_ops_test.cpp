@@ -121,8 +121,25 @@ TEST_P(PixelLoops, BlendMonoEqualsThePlainLoopForEveryKindOfColour) {
     for (uint32_t alpha : {0U, 1U, 17U, 127U, 128U, 240U, 254U, 255U}) {
         const uint32_t color = alpha << 24 | (Random()() & 0xFFFFFF);
         Compare(
-            [&](auto* dst, auto*, auto* coverage, size_t n) { loops->blendMono(dst, coverage, n, color); },
+            [&](auto* dst, auto*, auto* coverage, size_t n) {
+                loops->blendMono({dst, n, coverage, n, n, 1}, color);
+            },
             [&](auto* dst, auto*, auto* coverage, size_t n) { plain::BlendMono(dst, coverage, n, color); });
+    }
+}
+
+TEST_P(PixelLoops, BlendMonoPaintsBlocksOfEveryWidthRowByRow) {
+    constexpr size_t kStride = 60;
+    constexpr size_t kHeight = 5;
+    for (size_t width = 0; width < 40; width++) {
+        const std::vector<uint8_t> coverage = RandomCoverage(width * kHeight);
+        std::vector<uint32_t> actual = RandomPixels(kStride * kHeight);
+        std::vector<uint32_t> expected = actual;
+        loops->blendMono({actual.data() + 7, kStride, coverage.data(), width, width, kHeight}, 0xC0204080);
+        for (size_t y = 0; y < kHeight; y++)
+            plain::BlendMono(expected.data() + 7 + y * kStride, coverage.data() + y * width, width,
+                             0xC0204080);
+        ASSERT_EQ(actual, expected) << loops->name << " " << width << " wide";
     }
 }
 
@@ -134,7 +151,7 @@ TEST_P(PixelLoops, EveryCoverageWithEveryAlphaIsInkedAlike) {
         const uint32_t color = alpha << 24 | 0x20C0FF;
         std::vector<uint32_t> actual(256, 0xFF8060A0);
         std::vector<uint32_t> expected = actual;
-        loops->blendMono(actual.data(), coverage.data(), 256, color);
+        loops->blendMono({actual.data(), 256, coverage.data(), 256, 256, 1}, color);
         plain::BlendMono(expected.data(), coverage.data(), 256, color);
         ASSERT_EQ(actual, expected) << "alpha " << alpha;
     }
