@@ -128,8 +128,15 @@ struct CVrJsonParser::Store {
         return node;
     }
 
-    // Gives each node from `first` on, and each older one that got new children, its list of children: they
-    // are sorted by their parents into one block, which keeps document order.
+    // Grows by doubling: the array's own steps would make very deep texts slow.
+    bool PushOpen(uint32_t index) {
+        if (open.GetSize() == open.GetCapacity())
+            open.SetGrowBy(open.GetCapacity());
+        return open.Add(index);
+    }
+
+    // Gives each node its list of children: all are sorted by their parents into one block, which keeps
+    // document order.
     bool GatherChildren();
 
 private:
@@ -357,7 +364,7 @@ private:
         node->start = PositionOf(m_at);
         node->end = kUnset;
         m_current = m_store.count - 1;
-        return m_store.open.Add(m_current) ? 0 : kInvalid;
+        return m_store.PushOpen(m_current) ? 0 : kInvalid;
     }
 
     // The innermost open container is always an ancestor of the last node or that node itself, since
