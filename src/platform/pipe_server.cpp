@@ -24,6 +24,7 @@ constexpr int kBacklog = 8;
 constexpr uint32_t kLockPatienceMs = 1000;
 constexpr uint32_t kLockRetryMs = 5;
 constexpr uint32_t kErrorPauseMs = 10;
+constexpr uint32_t kProbeMs = 20; // how long a starting server may hold the name it looks at
 
 sockaddr_un AddressOf(const Path& path) {
     sockaddr_un address{};
@@ -152,6 +153,7 @@ bool PipeServer::AcceptClient() {
     if (!IsPeerAllowed(client.Get()))
         return false;
     m_client = static_cast<Descriptor&&>(client);
+    m_hasReceived = false;
     return true;
 }
 
@@ -159,6 +161,13 @@ void PipeServer::RefuseSecondClient() {
     const Descriptor second(accept4(m_listener.Get(), nullptr, nullptr, SOCK_CLOEXEC));
     if (!second.IsOpen() && errno != EAGAIN)
         SleepMs(kErrorPauseMs);
+}
+
+// A client that has not sent anything yet may be a starting server that only looks whether the name is taken:
+// the one behind it is turned away only if the first one stays.
+bool PipeServer::IsClientStaying() const {
+    pollfd entry{m_client.Get(), POLLIN, 0};
+    return m_hasReceived || Poll(&entry, 1, Deadline(kProbeMs)) == 0;
 }
 
 int32_t PipeServer::Receive(void* buffer, uint32_t count, uint32_t timeoutMs) {
@@ -171,14 +180,15 @@ int32_t PipeServer::Receive(void* buffer, uint32_t count, uint32_t timeoutMs) {
             return kBroken;
         if (ready == 0)
             return 0;
-        if (entries[1].revents != 0)
-            RefuseSecondClient();
         if (entries[0].revents != 0) {
             const ssize_t got = recv(m_client.Get(), buffer, count, 0);
+            m_hasReceived = m_hasReceived || got > 0;
             if (got > 0)
                 return static_cast<int32_t>(got);
             if (got == 0 || (errno != EAGAIN && errno != EINTR))
                 return kBroken;
+        } else if (entries[1].revents != 0 && IsClientStaying()) {
+            RefuseSecondClient();
         }
         if (deadline.HasPassed())
             return 0;

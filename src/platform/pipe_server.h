@@ -55,11 +55,13 @@ private:
     bool BindAndListen();
     bool AcceptClient();
     void RefuseSecondClient();
+    bool IsClientStaying() const;
 
     Path m_path;
     Descriptor m_listener;
     Descriptor m_client;
-    dev_t m_device = 0; // identity of the socket file that was made here: nobody else's is removed
+    bool m_hasReceived = false; // the client has sent something
+    dev_t m_device = 0;         // identity of the socket file that was made here: nobody else's is removed
     ino_t m_inode = 0;
 };
 

@@ -208,6 +208,19 @@ TEST_F(PipeTest, SecondClientIsClosedWhileTheFirstIsServed) {
     EXPECT_EQ(server.Receive(buffer, sizeof buffer, 1000), 1);
 }
 
+TEST_F(PipeTest, ClientBehindOneThatOnlyLooksIsNotTurnedAway) {
+    ASSERT_EQ(server.Create(path.c_str()), PipeServer::Creation::Done);
+    auto looker = Connect();
+    auto real = Connect();
+    ASSERT_EQ(server.WaitForClient(Deadline(kPatienceMs)), PipeServer::Waiting::Connected);
+    looker.Close();
+    char buffer[4];
+    EXPECT_EQ(server.Receive(buffer, sizeof buffer, 1000), PipeServer::kBroken);
+    ASSERT_EQ(server.WaitForClient(Deadline(kPatienceMs)), PipeServer::Waiting::Connected);
+    ASSERT_EQ(write(real.Get(), "x", 1), 1);
+    EXPECT_EQ(server.Receive(buffer, sizeof buffer, 1000), 1);
+}
+
 TEST(PipeWriterTest, MessagesOfManySendersStayWhole) {
     SocketPair pair;
     PipeWriter writer;
