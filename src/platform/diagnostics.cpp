@@ -1,6 +1,7 @@
 #include "platform/diagnostics.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <fcntl.h>
@@ -16,9 +17,13 @@ namespace {
 // A pipe that poll calls writable takes this much at once (PIPE_BUF).
 constexpr int kLineSize = 4096;
 
+std::atomic<bool> g_isSilent{false};
+
 } // namespace
 
 void WriteDiagnostic(const char* format, ...) {
+    if (g_isSilent.load(std::memory_order_relaxed))
+        return;
     char line[kLineSize];
     va_list arguments;
     va_start(arguments, format);
@@ -36,6 +41,10 @@ void WriteDiagnostic(const char* format, ...) {
 bool RedirectDiagnostics(const char* path) {
     const Descriptor file(open(path, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
     return file.IsOpen() && dup2(file.Get(), STDERR_FILENO) >= 0;
+}
+
+void SilenceDiagnostics() {
+    g_isSilent.store(true, std::memory_order_relaxed);
 }
 
 } // namespace platform

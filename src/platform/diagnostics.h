@@ -9,4 +9,7 @@ void WriteDiagnostic(const char* format, ...) __attribute__((format(printf, 1, 2
 // From now on standard error is appended to this file; false, and nothing changed, if it cannot be opened.
 bool RedirectDiagnostics(const char* path);
 
+// For programs that carry out thousands of runs.
+void SilenceDiagnostics();
+
 } // namespace platform
