@@ -1,5 +1,5 @@
-// Feeds arbitrary bytes to the decoder as the video thread does. The first byte chooses the routines and whether
-// the data comes at once or in two buffers.
+// Feeds arbitrary bytes to the decoder as the video thread does. The first byte chooses the routines and
+// whether the data comes at once or in two buffers.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -7,13 +7,13 @@
 #include <new>
 #include <vector>
 
+#include "foundation/log.h"
 #include "media/h264/decoder.h"
-#include "media/h264/log.h"
 
 namespace {
 
 struct PoolMemory {
-    std::uint8_t* bytes = static_cast<std::uint8_t*>(::operator new(h264::PoolBytes, std::align_val_t{16}));
+    std::uint8_t* bytes = static_cast<std::uint8_t*>(::operator new (h264::PoolBytes, std::align_val_t{16}));
 };
 
 volatile unsigned sink;
@@ -38,7 +38,8 @@ void Feed(h264::Decoder& decoder, std::vector<std::uint8_t> data) {
     }
 }
 
-void IgnoreLog(int, const char*, const char*, ...) {}
+void IgnoreLine(const char*) {
+}
 
 } // namespace
 
@@ -46,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static PoolMemory memory;
     if (size == 0)
         return 0;
-    h264::logSlot = IgnoreLog;
+    SetLogSlot(IgnoreLine);
+    SetLogLevel(LogTrace);
     h264::Decoder decoder;
     decoder.InitDecoder(memory.bytes, h264::PoolBytes);
     const bool plain = (data[0] & 1) != 0;

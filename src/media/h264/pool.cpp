@@ -1,8 +1,8 @@
-// Bump allocation from a borrowed block. Under AddressSanitizer what is not handed out is poisoned, with a gap
-// behind each allocation, so that it sees into the pool as it sees into the heap.
+// Bump allocation from a borrowed block. Under AddressSanitizer what is not handed out is poisoned, with a
+// gap behind each allocation, so that it sees into the pool as it sees into the heap.
 #include "media/h264/pool.h"
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #define WALLSLATE_POOL_POISON 1
@@ -34,8 +34,10 @@ void Unpoison(const u8* from, u32 size) {
 }
 #else
 constexpr u32 Gap = 0;
-void Poison(const u8*, u32) {}
-void Unpoison(const u8*, u32) {}
+void Poison(const u8*, u32) {
+}
+void Unpoison(const u8*, u32) {
+}
 #endif
 
 } // namespace
@@ -61,7 +63,7 @@ void* Pool::nH264malloc(u32 size, PoolId id) {
     u8* const result = poolBase + start;
     Unpoison(result, size);
     poolUsed = static_cast<u32>(start + size + Gap);
-    Log(LogLifeCycle, Tag, "%d: malloc %p %d (%d/%d)", static_cast<int>(id), static_cast<void*>(result),
+    Log(LogState, Tag, "%d: malloc %p %d (%d/%d)", static_cast<int>(id), static_cast<void*>(result),
         static_cast<int>(size), static_cast<int>(poolUsed), static_cast<int>(poolSize));
     return result;
 }
