@@ -451,8 +451,8 @@ void CVrGuiFrameBuffer::DrawGlyph(const CFontCacheData& glyph, CVrPoint pen) {
     DrawMono(glyph.bitmap, glyph.bitmapSize, pen.Moved(glyph.left, -glyph.below - glyph.bitmapSize.height));
 }
 
-// The tail of a line that was cut at the pen dissolves: from a quarter of the line's width before the pen up to
-// point.x + maxWidth.
+// The tail of a line that was cut at the pen dissolves: from a quarter of the line's width before the pen up
+// to point.x + maxWidth.
 void CVrGuiFrameBuffer::FadeTail(int64_t pen, CVrPoint point, int32_t maxWidth, int32_t height,
                                  uint32_t fadeColor) {
     const int32_t start = foundation::SaturateToInt32(pen - maxWidth / 4);
