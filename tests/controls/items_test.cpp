@@ -1,6 +1,7 @@
 // What the models of the controls read from the structure.
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 
 #include "controls/light_item.h"
@@ -13,6 +14,7 @@
 #include "controls/switch_item.h"
 #include "controls/windows_item.h"
 #include "foundation/class_factory.h"
+#include "foundation/files.h"
 #include "structure/structure.h"
 #include "support/log_capture.h"
 #include "support/text_pieces.h"
@@ -150,6 +152,29 @@ TEST(Items, ActivityIsTheKindsOwnBusiness) {
     EXPECT_FALSE(gate->IsActive()); // only its state object counts
     gate->stateJson.Parse(R"({"V":1})");
     EXPECT_TRUE(gate->IsActive());
+}
+
+TEST(Items, DemonstrationHouseLoadsWithoutALineAndHasEveryType) {
+    LogCapture log(LogWarning);
+    CVrxStringU texts[4];
+    const char* const names[] = {"structure", "categories", "rooms", "symbols"};
+    for (int i = 0; i < 4; i++)
+        ASSERT_TRUE(
+            LoadStringFromFile(Joined({WALLSLATE_SOURCE_DIR "/demo/", names[i], ".json"}).c_str(), texts[i]));
+    CVrStructure structure;
+    ASSERT_TRUE(structure.LoadJsonConfig(texts[0], texts[1], texts[2], texts[3]));
+    EXPECT_TRUE(log.All().empty());
+    std::set<int32_t> types;
+    for (CVrStructureItem* item = &structure.root; item; item = item->NextBelow(structure.root)) {
+        types.insert(item->type);
+        EXPECT_TRUE(item->category == 0 || structure.categories.Lookup(item->category)) << item->name.CStr();
+        EXPECT_TRUE(item->room == 0 || structure.rooms.Lookup(item->room)) << item->name.CStr();
+        EXPECT_TRUE(item->icon == 0 || structure.symbols.Lookup(item->icon)) << item->name.CStr();
+    }
+    const std::set<int32_t> all = {0,   110, 342, 348, 352, 441, 442, 458,
+                                   469, 476, 482, 484, 493, 501, 502, 507};
+    EXPECT_EQ(all, types);
+    EXPECT_NE(nullptr, structure.FindDefaultScreen());
 }
 
 } // namespace
