@@ -1,7 +1,7 @@
 # Embeds files in the program: the library ws_resources holds the table that platform/resources.cpp looks things up in.
 #
 # The table is written when all folders have been read, since some of its files are made by programs of this build.
-# A file that is neither there nor made by a rule is left out, and LoadResourceData answers that it does not exist.
+# A file that is not there is left out, and LoadResourceData answers that it does not exist.
 # The two fonts are named by WALLSLATE_FONT_REGULAR and WALLSLATE_FONT_BOLD.
 
 # Programs that make resources cannot be linked with them.
@@ -12,11 +12,10 @@ set_target_properties(ws_resources PROPERTIES LINKER_LANGUAGE CXX)
 set(WALLSLATE_RESOURCE_TABLE ${CMAKE_BINARY_DIR}/resources/table.S)
 cmake_language(DEFER DIRECTORY ${CMAKE_SOURCE_DIR} CALL wallslate_write_resource_table)
 
-# Appends one file to the variables `rows`, `blobs` and `files` of the caller.
+# Appends one file to the variables `rows`, `blobs` and `files` of the caller. MADE: by a rule of this build.
 macro(wallslate_add_resource id file)
-    get_source_file_property(made "${file}" GENERATED)
     file(GLOB present CONFIGURE_DEPENDS "${file}")
-    if(present OR made)
+    if(present OR "${ARGN}" STREQUAL "MADE")
         string(APPEND blobs
             ".balign 16\nresource_${id}:\n.incbin \"${file}\"\nresource_${id}_end:\n.byte 0\n")
         string(APPEND rows ".long ${id}, resource_${id}_end - resource_${id}\n.quad resource_${id}\n")
@@ -37,8 +36,11 @@ function(wallslate_write_resource_table)
     if(WALLSLATE_FONT_BOLD)
         wallslate_add_resource(801 ${WALLSLATE_FONT_BOLD})
     endif()
-    wallslate_add_resource(900 ${CMAKE_BINARY_DIR}/resources/icons_dynamic.bin)
-    wallslate_add_resource(901 ${CMAKE_BINARY_DIR}/resources/icons_static.bin)
+    if(TARGET icon_archives)
+        wallslate_add_resource(900 ${CMAKE_BINARY_DIR}/resources/icons_dynamic.bin MADE)
+        wallslate_add_resource(901 ${CMAKE_BINARY_DIR}/resources/icons_static.bin MADE)
+        add_dependencies(ws_resources icon_archives)
+    endif()
 
     string(CONCAT text
         ".section .rodata\n${blobs}"
