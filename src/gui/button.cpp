@@ -227,7 +227,8 @@ void CVrGuiButton::PlaceTextX(Placement& place, Lines& lines, const CVrPoint& or
     } else if (Has(LayoutTextRight)) {
         x = rect.width - lines.size.width - GapOfText() - (besideSymbol ? symbolX : 0);
     }
-    place.first.x = place.second.x = foundation::SaturatedAdd(origin.x, x);
+    // A text that is too wide begins with the button and dissolves at its end.
+    place.first.x = place.second.x = foundation::SaturatedAdd(origin.x, std::max(x, 0));
 }
 
 void CVrGuiButton::PlaceTextY(Placement& place, const Lines& lines, const CVrPoint& origin) const {

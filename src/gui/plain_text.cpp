@@ -1,16 +1,7 @@
 #include "gui/plain_text.h"
 
-#include "structure/style_sheet.h"
-
-#if __has_include("foundation/translator.h")
 #include "foundation/translator.h"
-#else // until the translator is there, a key stands for its text
-class CVrTranslator {
-public:
-    static CVrTranslator Instance() { return {}; }
-    CVrxStringU Translate(const char* key) const { return key; }
-};
-#endif
+#include "structure/style_sheet.h"
 
 VR_REGISTER_ELEMENT(CVrGuiPlainText)
 VR_REGISTER_ELEMENT(CVrGuiPlainTextSmall)

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr uint32_t kDot = '.';
+constexpr uint32_t kNothing = 0; // follows the last character
 constexpr const char* kDots = "...";
 
 // Walks over the first line of a text as CVrGuiFont::MeasureText does, character by character.
@@ -74,9 +75,10 @@ size_t FittingBytes(CVrGuiFont& font, std::string_view text, int32_t maxWidth) {
     LineWalker walker(font, text);
     size_t fitting = 0;
     while (walker.Step()) {
-        if (fitting > 0 && walker.Width() > maxWidth)
+        if (fitting > 0 && walker.WidthWithoutLast() > maxWidth)
             break;
-        fitting = walker.Bytes();
+        if (fitting == 0 || walker.WidthBefore(kNothing) <= maxWidth)
+            fitting = walker.Bytes();
     }
     return fitting;
 }

@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "foundation/log.h"
+#include "media/h264/log.h"
 
 namespace h264 {
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "foundation/log.h"
+#include "media/h264/log.h"
 
 namespace h264 {
 
