@@ -61,7 +61,6 @@ std::filesystem::path DefaultDisplayProgram() {
 Display::Display(const DisplayOptions& options, DisplayListener& toListener)
     : listener(toListener), logLevel(options.logLevel), patience(options.patience) {
     Start(options);
-    Connect();
 }
 
 void Display::Start(const DisplayOptions& options) {
@@ -80,19 +79,24 @@ void Display::Start(const DisplayOptions& options) {
         child.environment.emplace_back("WALLSLATE_STATE_DIR", std::filesystem::absolute(state).string());
     }
     process = std::make_unique<Process>(child);
+    started = Clock::now();
+}
+
+bool Display::TryConnect() {
+    ThrowIfStopped();
+    if (link.Connect(socketPath))
+        return true;
+    process->DrainErrors();
+    if (process->Poll())
+        ThrowEnded("before the host could connect");
+    if (Clock::now() - started >= patience.connect)
+        throw Fault("the display does not open its socket");
+    return false;
 }
 
 void Display::Connect() {
-    const auto deadline = Clock::now() + patience.connect;
-    while (!link.Connect(socketPath)) {
-        ThrowIfStopped();
-        process->DrainErrors();
-        if (process->Poll())
-            ThrowEnded("before the host could connect");
-        if (Clock::now() >= deadline)
-            throw Fault("the display does not open its socket");
+    while (!TryConnect())
         std::this_thread::sleep_for(ConnectStep);
-    }
 }
 
 void Display::Load(const House& house) {
@@ -126,8 +130,8 @@ void Display::Pump(std::chrono::milliseconds longest) {
     HandleInput();
 }
 
-void Display::HandleInput() {
-    for (;;) {
+void Display::HandleInput(int mostMessages) {
+    for (int i = 0; i < mostMessages; ++i) {
         switch (link.Receive(message)) {
         case Link::Status::Message:
             Dispatch(message);

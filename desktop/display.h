@@ -1,6 +1,7 @@
 // A running display: the process, its link, and what it says. Owns the process and ends it in every case.
 //
-//   Display display(options, listener);   starts the process and connects
+//   Display display(options, listener);   starts the process
+//   display.Connect();                    or TryConnect() from time to time
 //   display.Load(house);                  commands 1, 2, 3
 //   while (display.Pump(timeout)) ...     frames, log lines and text commands reach the listener
 //   display.End();                        orderly end, exit code looked at
@@ -51,6 +52,10 @@ public:
     Display(const DisplayOptions& options, DisplayListener& listener); // throws Fault
     ~Display() = default;
 
+    // Once more tries to reach the process; throws Fault when it has ended or the patience is over.
+    bool TryConnect();
+    void Connect(); // tries until it succeeds or throws
+
     void Load(const House& house);
     void Send(Command command, std::string_view payload);
     void SendRaw(std::uint32_t number, std::string_view payload);
@@ -65,11 +70,13 @@ public:
 
     int LinkDescriptor() const { return link.Descriptor(); }
     pid_t ProcessId() const { return process->Id(); }
-    void HandleInput(); // takes all that has arrived; throws as Pump does
+    // Takes what has arrived, at most so many messages, so that a flood leaves time for others; throws as
+    // Pump does.
+    void HandleInput(int mostMessages = 1000);
+    const Patience& GetPatience() const { return patience; }
 
 private:
     void Start(const DisplayOptions& options);
-    void Connect();
     void Dispatch(const Message& message);
     void TakeLastWords();
     [[noreturn]] void ThrowEnded(const std::string& when);
@@ -81,10 +88,11 @@ private:
     std::string socketPath;
     std::unique_ptr<Process> process;
     Link link;
+    std::chrono::steady_clock::time_point started;
     Message message; // its buffer is used again for each message
 };
 
-// Makes Pump of every display throw Interrupted soon; safe inside a signal handler.
+// Makes Pump and Connect of every display throw Interrupted soon; safe inside a signal handler.
 void RequestStop(int signalNumber);
 int StopSignal(); // 0: none yet
 

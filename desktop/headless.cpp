@@ -16,6 +16,7 @@ public:
     explicit HeadlessRun(const HeadlessOptions& with) : options(with), display(with.display, *this) {}
 
     void Start(const House& house) {
+        display.Connect();
         display.Load(house);
         const auto patience = options.display.patience.firstPicture;
         const auto deadline = Clock::now() + patience;

@@ -54,6 +54,7 @@ House ReadHouse(const std::filesystem::path& folder) {
         throw Fault(folder.string() + ": no such folder; a house is a folder with four JSON files");
     House house;
     house.folder = folder;
+    house.fromDisk = true;
     std::size_t left = MaxCommandBytes - HouseFiles.size();
     for (const HouseFile file : HouseFiles) {
         house.Text(file) = ReadTextFile(folder / FileNameOf(file), left);

@@ -17,7 +17,8 @@ constexpr std::array HouseFiles = {HouseFile::Categories, HouseFile::Rooms, Hous
 const char* FileNameOf(HouseFile file);
 
 struct House {
-    std::filesystem::path folder;
+    std::filesystem::path folder; // only a name when the house is not from disk
+    bool fromDisk = false;
     std::array<std::string, HouseFiles.size()> texts; // [HouseFile]
 
     const std::string& Text(HouseFile file) const { return texts[static_cast<std::size_t>(file)]; }

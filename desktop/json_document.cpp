@@ -423,7 +423,8 @@ std::string JsonDocument::PathOf(std::uint32_t node) const {
         if (nodes[part.parent].kind == Kind::Array)
             path += "[" + std::to_string(part.index) + "]";
         else
-            path += (path.empty() || path == "..." ? "" : ".") + std::string(Key(chain[i]).substr(0, LongestPathKey));
+            path += (path.empty() || path == "..." ? "" : ".") +
+                    std::string(Key(chain[i]).substr(0, LongestPathKey));
     }
     return path;
 }

@@ -2,6 +2,7 @@
 #include "desktop/fault.h"
 #include "desktop/headless.h"
 #include "desktop/house_check.h"
+#include "desktop/live_server.h"
 #include "desktop/options.h"
 
 #include <csignal>
@@ -22,22 +23,51 @@ void CatchSignals() {
     std::signal(SIGPIPE, SIG_IGN);
 }
 
+std::optional<Script> ScriptOf(const Options& options) {
+    if (options.script.empty())
+        return std::nullopt;
+    Script script = ReadScript(options.script);
+    if (script.TakesShots() && options.outFolder.empty())
+        throw Fault(script.name + ": the script takes shots; --out DIR says where they go");
+    return script;
+}
+
+DisplayOptions DisplayOf(const Options& options) {
+    DisplayOptions display;
+    display.program = options.display;
+    display.stateFolder = options.stateFolder;
+    display.userState = !options.Headless(); // a run for a picture must not change what the user has set
+    display.logLevel = options.logLevel.value_or(display.logLevel);
+    return display;
+}
+
+House HouseOf(const Options& options) {
+    House house = ReadHouse(options.house);
+    RequireReadable(house);
+    return house;
+}
+
 void RunHeadlessWith(const Options& options) {
     HeadlessOptions run;
-    if (!options.script.empty())
-        run.script = ReadScript(options.script);
-    if (run.script && run.script->TakesShots() && options.outFolder.empty())
-        throw Fault(run.script->name + ": the script takes shots; --out DIR says where they go");
-    const House house = ReadHouse(options.house);
-    RequireReadable(house);
-    run.display.program = options.display;
-    run.display.stateFolder = options.stateFolder;
-    run.display.logLevel = options.logLevel.value_or(run.display.logLevel);
+    run.script = ScriptOf(options);
+    const House house = HouseOf(options);
+    run.display = DisplayOf(options);
     run.shot = options.shot;
     run.outFolder = options.outFolder;
     run.quiet = options.quiet;
     run.report = options.shot == "-" ? stderr : stdout;
     RunHeadless(house, run);
+}
+
+void RunLiveWith(const Options& options) {
+    LiveOptions run;
+    run.script = ScriptOf(options);
+    run.host.display = DisplayOf(options);
+    run.host.quiet = options.quiet;
+    run.host.printLog = run.script.has_value();
+    run.listen = options.listen.value_or(run.listen);
+    run.outFolder = options.outFolder;
+    RunLive(HouseOf(options), run);
 }
 
 int CheckWith(const Options& options) {
@@ -60,7 +90,10 @@ int Run(int count, char** arguments) {
         return CheckWith(*options);
     if (options->display.empty())
         options->display = DefaultDisplayProgram();
-    RunHeadlessWith(*options);
+    if (options->Headless())
+        RunHeadlessWith(*options);
+    else
+        RunLiveWith(*options);
     return 0;
 }
 
