@@ -110,10 +110,10 @@ bool CVrxStringU::Reallocate(uint32_t newCapacity) {
     return true;
 }
 
+// Never for an attached text: that stays valid whatever becomes of this string.
 bool CVrxStringU::Owns(const void* bytes) const {
     const auto* p = static_cast<const char*>(bytes);
-    return m_data && p >= m_data &&
-           p < m_data + (IsAttached() ? m_length + 1 : static_cast<uint32_t>(m_capacity));
+    return m_data && p >= m_data && p < m_data + m_capacity;
 }
 
 void CVrxStringU::Assign(const char* text, int32_t maxLength) {

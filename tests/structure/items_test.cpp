@@ -210,7 +210,7 @@ TEST(StructureItems, AbsurdHousesTakeLinearTime) {
             CVrStructure structure;
             EXPECT_TRUE(Load(structure, house));
         }
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << house.substr(0, 40);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20)) << house.substr(0, 40);
     }
     EXPECT_EQ(0, g_alive);
 }
