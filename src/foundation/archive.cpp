@@ -22,9 +22,11 @@ struct Block {
     bool IsPlain() const { return storedSize == originalSize; }
 };
 
+// text has room for one byte more than the original size.
 bool DecompressBlock(const Block& block, uint8_t* text, const char* tag) {
+    // With the terminator's byte as room, a text that is too long shows in the number of bytes.
     CVrDecompressState state;
-    CVrDecompressCode code = Decompress(state, text, block.originalSize, block.data, block.storedSize);
+    CVrDecompressCode code = Decompress(state, text, block.originalSize + 1, block.data, block.storedSize);
     if (code >= DecompressInputEnded) {
         Log(LogError, tag, "Error %d decompressing %s", static_cast<int>(code), block.name);
         return false;

@@ -70,8 +70,9 @@ private:
 
     template <typename T>
     static void AppendTo(std::vector<uint8_t>& bytes, const T& value) {
-        const uint8_t* begin = reinterpret_cast<const uint8_t*>(&value);
-        bytes.insert(bytes.end(), begin, begin + sizeof(T));
+        size_t at = bytes.size();
+        bytes.resize(at + sizeof(T));
+        memcpy(bytes.data() + at, &value, sizeof(T));
     }
 
     size_t m_directorySize;
