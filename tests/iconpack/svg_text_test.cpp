@@ -11,7 +11,7 @@
 using namespace iconpack;
 
 TEST(PathTextTest, ArcFlagsStandApart) {
-    EXPECT_EQ(NormalizePath("M4 9a4 4 0 004.234 4.368.713.713 0 01.758.757"),
+    EXPECT_EQ(NormalizePath("M4 9a4 4 0 004.234 4.368.713.713 0 01.758.758"),
               "M4 9a4 4 0 0 0 4.23 4.37 .71 .71 0 0 1 .76 .76");
     EXPECT_EQ(NormalizePath("M1 2A3 3 0 113 4"), "M1 2A3 3 0 1 1 3 4");
 }
