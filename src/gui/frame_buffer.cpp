@@ -422,6 +422,7 @@ void CVrGuiFrameBuffer::DrawText(CVrPoint point, CVrGuiFont& font, const char* t
                                  uint32_t fadeColor, int32_t maxWidth) {
     font.EnsureLoaded();
     drawColor = color;
+    const int32_t baseline = foundation::SaturatedAdd(point.y, font.ascent);
     const int64_t limit = int64_t{point.x} + maxWidth;
     int64_t pen = point.x;
     Utf8Reader reader(text);
@@ -435,22 +436,26 @@ void CVrGuiFrameBuffer::DrawText(CVrPoint point, CVrGuiFont& font, const char* t
             continue;
         }
         if (glyph->HasBitmap()) {
-            const int64_t left = pen + glyph->left;
-            if (pen >= storeSize.width || left + glyph->bitmapSize.width >= limit) {
-                FadeTail(foundation::SaturateToInt32(pen - maxWidth / 4), point, maxWidth, font.loadedSize,
-                         fadeColor);
+            const bool isCut = pen >= storeSize.width || pen + glyph->left + glyph->bitmapSize.width >= limit;
+            if (isCut) {
+                FadeTail(pen, point, maxWidth, font.loadedSize, fadeColor);
                 return;
             }
-            const int32_t top = point.y + font.ascent - glyph->below - glyph->bitmapSize.height;
-            DrawMono(glyph->bitmap, glyph->bitmapSize, CVrPoint(foundation::SaturateToInt32(left), top));
+            DrawGlyph(*glyph, CVrPoint(foundation::SaturateToInt32(pen), baseline));
         }
         pen += glyph->advance;
     }
 }
 
-// The tail of a cut line, from column `start` to point.x + maxWidth, dissolves.
-void CVrGuiFrameBuffer::FadeTail(int32_t start, CVrPoint point, int32_t maxWidth, int32_t height,
+void CVrGuiFrameBuffer::DrawGlyph(const CFontCacheData& glyph, CVrPoint pen) {
+    DrawMono(glyph.bitmap, glyph.bitmapSize, pen.Moved(glyph.left, -glyph.below - glyph.bitmapSize.height));
+}
+
+// The tail of a line that was cut at the pen dissolves: from a quarter of the line's width before the pen up
+// to point.x + maxWidth.
+void CVrGuiFrameBuffer::FadeTail(int64_t pen, CVrPoint point, int32_t maxWidth, int32_t height,
                                  uint32_t fadeColor) {
+    const int32_t start = foundation::SaturateToInt32(pen - maxWidth / 4);
     const CVrRect box = CVrRect::FromEdges(start, point.y, foundation::SaturatedAdd(point.x, maxWidth),
                                            foundation::SaturatedAdd(point.y, height));
     if (!Fits(box))

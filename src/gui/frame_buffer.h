@@ -18,6 +18,7 @@ class CVrGuiFont;
 class CVrGuiSvg2Img;
 class CVrMapIntToPtr;
 class CVrVectorSurface;
+struct CFontCacheData;
 struct CVrGuiImage;
 
 // A pixel on which nothing was painted; as a colour it erases.
@@ -124,5 +125,6 @@ public:
 private:
     // The part of a rectangle at `origin` that drawing may touch, in coordinates of the store.
     CVrRect Visible(CVrPoint origin, const CVrSize& size) const;
-    void FadeTail(int32_t start, CVrPoint point, int32_t maxWidth, int32_t height, uint32_t fadeColor);
+    void DrawGlyph(const CFontCacheData& glyph, CVrPoint pen);
+    void FadeTail(int64_t pen, CVrPoint point, int32_t maxWidth, int32_t height, uint32_t fadeColor);
 };

@@ -1,75 +1,52 @@
 #include "gui/icon.h"
 
+#include "foundation/archive.h"
 #include "foundation/log.h"
 #include "gui/application.h"
 #include "gui/element.h"
 
-#if __has_include("foundation/archive.h")
-#include "foundation/archive.h"
-#else // until the archive is there, every archive is empty
-struct CVrArchiveFile {
-    const uint8_t* data = nullptr;
-    uint32_t size = 0;
-};
-class CVrArchive {
-public:
-    CVrArchiveFile GetFile(const char*) { return {}; }
-    void ReleaseFile(CVrArchiveFile&) {}
-};
-#endif
-
 namespace {
 
-bool RenderSymbol(CVrGuiSvg2Img& image, uint32_t size, bool mono, SymbolStyle style) {
-    const auto side = static_cast<int32_t>(size);
-    const CVrRect rect(0, 0, side, side);
-    return style == SymbolStyle::Filled ? image.RenderFilled(rect) : image.Render(rect, mono);
-}
+enum class Found { Nothing, Text };
 
-enum class Found { No, Yes };
-
-// Looks into one archive. `isDone` is the result where the name was found.
-Found LoadFromArchive(CVrArchive* archive, const char* name, CVrGuiSvg2Img& image, uint32_t size, bool mono,
-                      SymbolStyle style, bool& isDone) {
-    if (!archive)
-        return Found::No;
-    CVrArchiveFile file = archive->GetFile(name);
-    const bool isFound = file.data && file.size > 0;
-    if (isFound)
-        isDone = image.Parse(reinterpret_cast<const char*>(file.data), file.size) &&
-                 RenderSymbol(image, size, mono, style);
+// Draws the archive's text of this name, if it holds one, into the image.
+Found LoadFrom(CVrArchive* archive, const char* name, CVrGuiSvg2Img& image, uint32_t size, bool mono,
+               SymbolStyle style, bool& isDrawn) {
+    CVrArchiveFile file = archive ? archive->GetFile(name) : CVrArchiveFile{};
+    if (!file.data || file.size == 0)
+        return Found::Nothing;
+    const CVrRect rect(0, 0, static_cast<int32_t>(size), static_cast<int32_t>(size));
+    isDrawn = image.Parse(reinterpret_cast<const char*>(file.data), file.size) &&
+              (style == SymbolStyle::Filled ? image.RenderFilled(rect) : image.Render(rect, mono));
     archive->ReleaseFile(file);
-    return isFound ? Found::Yes : Found::No;
+    return Found::Text;
 }
 
 CVrArchive* DynamicArchive() {
-    const CVrGuiApplication* application = TheApplication();
-    return application ? application->DynamicArchive() : nullptr;
+    return TheApplication() ? TheApplication()->DynamicArchive() : nullptr;
 }
 
 CVrArchive* StaticArchive() {
-    const CVrGuiApplication* application = TheApplication();
-    return application ? application->StaticArchive() : nullptr;
+    return TheApplication() ? TheApplication()->StaticArchive() : nullptr;
 }
 
 } // namespace
 
 bool LoadButtonFile(CVrArchive* dynamicArchive, CVrArchive* staticArchive, const char* name,
                     CVrGuiSvg2Img& image, uint32_t size, SymbolStyle style) {
-    bool isDone = false;
-    if (LoadFromArchive(dynamicArchive, name, image, size, true, style, isDone) == Found::Yes)
-        return isDone;
+    bool isDrawn = false;
+    if (LoadFrom(dynamicArchive, name, image, size, true, style, isDrawn) == Found::Text)
+        return isDrawn;
     Log(LogError, "CVrGuiApp::LoadButtonFile", "error '%s'", name);
     return LoadStaticButtonFile(staticArchive, name, image, size, true, style);
 }
 
 bool LoadStaticButtonFile(CVrArchive* staticArchive, const char* name, CVrGuiSvg2Img& image, uint32_t size,
                           bool mono, SymbolStyle style) {
-    bool isDone = false;
-    if (LoadFromArchive(staticArchive, name, image, size, mono, style, isDone) == Found::Yes)
-        return isDone;
-    Log(LogError, "CVrGuiApp::LoadStaticButtonFile", "error '%s'", name);
-    return false;
+    bool isDrawn = false;
+    if (LoadFrom(staticArchive, name, image, size, mono, style, isDrawn) == Found::Nothing)
+        Log(LogError, "CVrGuiApp::LoadStaticButtonFile", "error '%s'", name);
+    return isDrawn;
 }
 
 bool CVrGuiIcon::Prepare(const CVrxStringU& name, uint32_t size, const char* tag) {
@@ -110,8 +87,6 @@ CVrGuiIcon* CVrGuiIcon::SetMenuButtonSelectedIconFromFile(const CVrGuiElement& b
     if (button.iconName.IsEmpty())
         return nullptr;
     CVrGuiIcon& slot = size == button.iconSize ? usual : other;
-    // A symbol that could not be loaded is not tried again at every painting.
-    if (slot.requestedSize != size || slot.fileName != button.iconName)
-        slot.SetFilledIconFromFile(button.iconName, size, button.iconStatic);
-    return slot.HasBitmap() ? &slot : nullptr;
+    const bool isReady = slot.HasBitmap() && slot.requestedSize == size && slot.fileName == button.iconName;
+    return isReady || slot.SetFilledIconFromFile(button.iconName, size, button.iconStatic) ? &slot : nullptr;
 }

@@ -1,7 +1,6 @@
 // h264dump FILE.264 [--yuv OUT] [--log]: runs a byte stream through the decoder as the video thread does, one
 // NAL unit at a time, and prints for each picture its number, size and MD5. Ends with 0 whenever the end of
 // the data was reached, also of a damaged file.
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,9 +12,9 @@
 #include <string>
 #include <vector>
 
+#include "foundation/log.h"
 #include "md5.h"
 #include "media/h264/decoder.h"
-#include "media/h264/log.h"
 
 namespace {
 
@@ -55,13 +54,8 @@ bool ParseOptions(int argc, char** argv, Options* options) {
     return !options->file.empty();
 }
 
-__attribute__((format(printf, 3, 4))) void PrintLog(int level, const char* tag, const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::fprintf(stderr, "%d %s: ", level, tag);
-    std::vfprintf(stderr, format, arguments);
-    std::fputc('\n', stderr);
-    va_end(arguments);
+void PrintLog(const char* line) {
+    std::fprintf(stderr, "%s\n", line);
 }
 
 // Length of the NAL unit at the front, its start code included: up to the next start code.
@@ -171,8 +165,10 @@ int main(int argc, char** argv) {
     }
     const std::vector<unsigned char> stream((std::istreambuf_iterator<char>(file)),
                                             std::istreambuf_iterator<char>());
-    if (options.log)
-        h264::logSlot = PrintLog;
+    if (options.log) {
+        SetLogSlot(PrintLog);
+        SetLogLevel(LogTrace);
+    }
     Dump dump(options);
     if (!dump.Good()) {
         std::fprintf(stderr, "h264dump: cannot write %s\n", options.yuv.c_str());

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 #include "media/h264/motion.h"
 
 namespace h264 {
@@ -205,7 +205,7 @@ u32 Concealer::ConcealPicture() {
 } // namespace
 
 u32 h264Conceal(const Concealment& concealment, bool isIntra) {
-    Log(LogTrace, "Ch264VideoDecoder::h264Conceal", "Concealing %s slice", isIntra ? "intra" : "inter");
+    Log(LogEvent, "Ch264VideoDecoder::h264Conceal", "Concealing %s slice", isIntra ? "intra" : "inter");
     return Concealer(concealment).ConcealPicture();
 }
 

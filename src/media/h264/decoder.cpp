@@ -6,9 +6,9 @@
 #include <iterator>
 #include <new>
 
+#include "foundation/log.h"
 #include "media/h264/concealment.h"
 #include "media/h264/deblocking.h"
-#include "media/h264/log.h"
 #include "media/h264/slice_data.h"
 #include "media/h264/slice_groups.h"
 
@@ -139,7 +139,7 @@ Result Decoder::DecodeUnit(u32 picId, u32* readBytes) {
     if (!DecodeNalUnitHeader(reader, &nalUnit))
         return Fail("NAL_UNIT");
     if (nalUnit.IsDiscarded()) {
-        Log(LogTrace, DecodeTag, "DISCARDED NAL (UNSPECIFIED,REGISTERED,SPS ext or AUX slice)");
+        Log(LogEvent, DecodeTag, "DISCARDED NAL (UNSPECIFIED,REGISTERED,SPS ext or AUX slice)");
         return Result::Ready;
     }
     bool boundary = false;
@@ -159,14 +159,14 @@ Result Decoder::DecodeUnit(u32 picId, u32* readBytes) {
         return result == Result::HeadersReady ? KeepUnit(result, readBytes) : result;
     }
     case NalUnitType::Sei:
-        Log(LogTrace, DecodeTag, "SEI MESSAGE,NOT DECODED");
+        Log(LogEvent, DecodeTag, "SEI MESSAGE,NOT DECODED");
         return Result::Ready;
     case NalUnitType::SeqParamSet:
         return HandleSeqParamSet(reader);
     case NalUnitType::PicParamSet:
         return HandlePicParamSet(reader);
     default:
-        Log(LogTrace, DecodeTag, "NOT IMPLEMENTED YET %d", static_cast<int>(nalUnit.nal_unit_type));
+        Log(LogEvent, DecodeTag, "NOT IMPLEMENTED YET %d", static_cast<int>(nalUnit.nal_unit_type));
         return Result::Ready;
     }
 }
@@ -325,9 +325,9 @@ Result Decoder::TryActivation(u32 ppsId, bool isIdr) {
     if (storage.activePpsId == ppsId)
         return Result::Ready;
     if (storage.activePpsId != NoPicParamSet && pps->seq_parameter_set_id != storage.activeSpsId) {
-        Log(LogTrace, ActivateTag, "SEQ PARAM SET CHANGING");
+        Log(LogEvent, ActivateTag, "SEQ PARAM SET CHANGING");
         if (!isIdr) {
-            Log(LogTrace, ActivateTag, "TRYING TO CHANGE SPS IN NON-IDR SLICE");
+            Log(LogEvent, ActivateTag, "TRYING TO CHANGE SPS IN NON-IDR SLICE");
             return Result::ParamSetError;
         }
     }
@@ -403,7 +403,7 @@ Result Decoder::HandleSlice(BitReader& reader, const NalUnit& nalUnit, u32 picId
     BuildMap();
     if (!BuildLists())
         return Fail("Reordering");
-    Log(LogTrace, DecodeTag, "SLICE DATA,FIRST %d", static_cast<int>(header.first_mb_in_slice));
+    Log(LogEvent, DecodeTag, "SLICE DATA,FIRST %d", static_cast<int>(header.first_mb_in_slice));
     if (!h264DecodeSliceData(storage, reader, storage.currentImage, header, *routines)) {
         MarkSliceCorrupted(storage, header.first_mb_in_slice);
         return Fail("SLICE_DATA");

@@ -5,7 +5,7 @@
 #include <new>
 #include <utility>
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 
 namespace h264 {
 

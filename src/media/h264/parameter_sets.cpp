@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 
 namespace h264 {
 
@@ -58,8 +58,8 @@ void SizePictureBuffer(SeqParamSet* sps) {
     sps->maxDpbSize = DpbSizeOfLevel(*sps);
     if (sps->maxDpbSize != 0 && sps->num_ref_frames <= sps->maxDpbSize)
         return;
-    Log(LogTrace, SpsTag, "WARNING! Invalid DPB size based on SPS Level!");
-    Log(LogTrace, SpsTag, "WARNING! Using num_ref_frames =%d for DPB size!",
+    Log(LogEvent, SpsTag, "WARNING! Invalid DPB size based on SPS Level!");
+    Log(LogEvent, SpsTag, "WARNING! Using num_ref_frames =%d for DPB size!",
         static_cast<int>(sps->num_ref_frames));
     sps->maxDpbSize = sps->num_ref_frames;
 }
@@ -256,7 +256,7 @@ bool ApplyBitstreamRestriction(SeqParamSet* sps) {
 bool ReadSequenceHead(BitReader& reader, SeqParamSet* sps) {
     sps->profile_idc = static_cast<u8>(reader.ReadBits(8));
     if (sps->profile_idc != BaselineProfile)
-        Log(LogTrace, SpsTag, "NOT BASELINE PROFILE %d", static_cast<int>(sps->profile_idc));
+        Log(LogEvent, SpsTag, "NOT BASELINE PROFILE %d", static_cast<int>(sps->profile_idc));
     sps->constraint_set_flags = static_cast<u8>(reader.ReadBits(8));
     sps->level_idc = static_cast<u8>(reader.ReadBits(8));
     sps->seq_parameter_set_id = reader.ReadUe();

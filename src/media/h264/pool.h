@@ -23,9 +23,14 @@ enum class PoolId : u32 {
 
 class Pool {
 public:
-    // Borrows `size` bytes at `base` (aligned to 16) and starts empty.
+    Pool() = default;
+    Pool(const Pool&) = delete;
+    Pool& operator=(const Pool&) = delete;
+    ~Pool();
+
+    // Borrows `size` bytes at `base` (aligned to 16) and starts empty. The block must outlive the pool, or another
+    // Attach.
     void Attach(u8* base, u32 size);
-    void Reset() { poolUsed = 0; }
 
     // The next `size` bytes, aligned to 8, or null when they do not fit. `id` is for the log.
     void* nH264malloc(u32 size, PoolId id);
@@ -35,7 +40,7 @@ public:
 
     // Takes back everything that was handed out since `Used()` was `mark`; for an attempt that failed
     // half-way and that nobody points into.
-    void RewindTo(u32 mark) { poolUsed = mark; }
+    void RewindTo(u32 mark);
 
 private:
     u8* poolBase = nullptr; // borrowed

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 #include "media/h264/macroblock_layer.h"
 #include "media/h264/reconstruction.h"
 
@@ -91,7 +91,7 @@ bool SliceDecoder::DecodeMacroblock() {
         return Stop("skip_run");
     prevMbSkipped = mb_skip_run > 0;
     if (mb_skip_run > 0) {
-        Log(LogTrace, Tag, "Skipping macroblock %d", static_cast<int>(mbAddr));
+        Log(LogEvent, Tag, "Skipping macroblock %d", static_cast<int>(mbAddr));
         --mb_skip_run;
         SetSkippedMacroblock(slice.syntax);
     } else if (!DecodeMacroblockLayer(reader, slice, context)) {

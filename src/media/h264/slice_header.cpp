@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "media/h264/log.h"
+#include "foundation/log.h"
 
 namespace h264 {
 

@@ -1,0 +1,109 @@
+// What the tests of the H.264 decoder share: a decoder with its pool, and the pictures that come out of it.
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "../../tools/h264dump/md5.h"
+#include "media/h264/decoder.h"
+
+namespace h264test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A picture as it came out, copied.
+struct Frame {
+    std::uint32_t width = 0; // luma samples
+    std::uint32_t height = 0;
+    Bytes planes;
+    std::uint32_t numErrMbs = 0;
+
+    std::string Sum() const { return Md5::Of(planes.data(), planes.size()); }
+    std::uint8_t Luma(std::uint32_t x, std::uint32_t y) const { return planes[y * width + x]; }
+    std::uint8_t Cb(std::uint32_t x, std::uint32_t y) const {
+        return planes[width * height + y * width / 2 + x];
+    }
+    std::uint8_t Cr(std::uint32_t x, std::uint32_t y) const {
+        return planes[width * height * 5 / 4 + y * width / 2 + x];
+    }
+};
+
+// Length of the NAL unit at the front of `data` with its start code and the zeros behind it.
+inline std::size_t UnitLength(const std::uint8_t* data, std::size_t size) {
+    for (std::size_t i = 3; i + 3 <= size; ++i) {
+        if (data[i] == 0 && data[i + 1] == 0 && data[i + 2] == 1)
+            return data[i - 1] == 0 ? i - 1 : i;
+    }
+    return size;
+}
+
+enum class Feeding { ByUnit, AtOnce };
+
+class TestDecoder {
+public:
+    explicit TestDecoder(std::uint32_t poolBytes = h264::PoolBytes)
+        : memory(static_cast<std::uint8_t*>(::operator new (poolBytes, std::align_val_t{16}))) {
+        decoder.InitDecoder(memory.get(), poolBytes);
+    }
+
+    // All pictures of a stream, which may be fed in pieces over several calls.
+    std::vector<Frame> Decode(Bytes stream, Feeding feeding = Feeding::ByUnit) {
+        std::vector<Frame> frames;
+        for (std::size_t at = 0; at < stream.size();) {
+            const std::size_t left = stream.size() - at;
+            const std::size_t length =
+                feeding == Feeding::AtOnce ? left : UnitLength(stream.data() + at, left);
+            Feed(stream.data() + at, length, &frames);
+            at += length;
+        }
+        return frames;
+    }
+
+    h264::Decoder decoder;
+
+private:
+    void Feed(std::uint8_t* data, std::size_t size, std::vector<Frame>* frames) {
+        auto result = decoder.DecodeAccessUnit(data, static_cast<std::uint32_t>(size));
+        for (;;) {
+            if (result == h264::AccessUnitResult::Picture)
+                frames->push_back(Copy(decoder.OutputPicture()));
+            if (!decoder.HasPendingInput())
+                return;
+            result = decoder.DecodeAccessUnit(nullptr, 0);
+        }
+    }
+
+    static Frame Copy(const h264::DecodedPicture& picture) {
+        const std::size_t size = std::size_t{picture.width} * picture.height * 3 / 2;
+        return {picture.width, picture.height, Bytes(picture.planes, picture.planes + size),
+                picture.numErrMbs};
+    }
+
+    struct Deleter {
+        void operator()(std::uint8_t* bytes) const { ::operator delete (bytes, std::align_val_t{16}); }
+    };
+    std::unique_ptr<std::uint8_t, Deleter> memory;
+};
+
+inline Bytes ReadBytes(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The shared streams lie beside the checkout, or where WALLSLATE_SHARED_DIR says.
+inline std::filesystem::path SharedVideo() {
+    const char* dir = std::getenv("WALLSLATE_SHARED_DIR");
+    const std::filesystem::path shared = dir != nullptr
+                                             ? std::filesystem::path(dir)
+                                             : std::filesystem::path(WALLSLATE_SOURCE_DIR) / ".." / "shared";
+    return shared / "video";
+}
+
+} // namespace h264test
