@@ -159,8 +159,7 @@ Bytes ReadPackedPpm(const std::filesystem::path& path) {
 
 } // namespace
 
-// --- Pixels
-// ----------------------------------------------------------------------------------------------------------
+// --- Pixels ---
 
 TEST_F(CJpegTest, EverySamplingSizeAndRestartIntervalDecodesToItsPixels) {
     uint32_t seed = 1;
@@ -228,8 +227,7 @@ TEST_F(CJpegTest, APictureThatWasHandedOutIsNotTouchedByTheNextDecode) {
     EXPECT_EQ(ToVector(two, 4800), ExpectedPixels(second));
 }
 
-// --- Header
-// ----------------------------------------------------------------------------------------------------------
+// --- Header ---
 
 TEST_F(CJpegTest, HeaderDefectsAreRefusedWithOneLine) {
     using Refusal = JpegRefusal;
@@ -357,8 +355,7 @@ TEST_F(CJpegTest, TheWidestPictureHasARowOf65535Bytes) {
     EXPECT_EQ(decoder.LastRefusal(), JpegRefusal::TooWide);
 }
 
-// --- Scan
-// ------------------------------------------------------------------------------------------------------------
+// --- Scan ---
 
 TEST_F(CJpegTest, ASizeThatTheDataCannotHoldIsRefusedAtOnce) {
     Parts parts;
@@ -455,8 +452,20 @@ TEST_F(CJpegTest, RandomlyDamagedPicturesNeverDoHarm) {
     }
 }
 
-// --- Shared pictures
-// -------------------------------------------------------------------------------------------------
+TEST_F(CJpegTest, TheCoversOfTheProgramAreAccepted) {
+    const auto folder = std::filesystem::path(WALLSLATE_SOURCE_DIR) / "resources" / "cover";
+    std::vector<std::string> names{"builtin.jpg"};
+    for (int i = 0; i < 10; ++i)
+        names.push_back("default_" + std::to_string(i) + ".jpg");
+    for (const std::string& name : names) {
+        EXPECT_TRUE(Load(ReadFile(folder / name)))
+            << name << ": " << CJpeg::RefusalText(decoder.LastRefusal());
+        EXPECT_EQ(decoder.width, 600) << name;
+        EXPECT_EQ(decoder.height, 600) << name;
+    }
+}
+
+// --- Shared pictures ---
 
 TEST_F(CJpegTest, SharedPicturesComeOutAsAnotherDecoderHasThem) {
     if (!std::filesystem::exists(SharedPictures()))

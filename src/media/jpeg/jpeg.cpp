@@ -168,8 +168,7 @@ const char* CJpeg::RefusalText(JpegRefusal refusal) {
     return "unknown";
 }
 
-// --- Scan
-// ------------------------------------------------------------------------------------------------------------
+// --- Scan ---
 
 uint32_t CJpeg::McusAcross() const {
     return (width + sampling.Width() - 1) / sampling.Width();
@@ -292,8 +291,7 @@ uint32_t CJpeg::DecodeAc(const HuffmanTable& table) {
     return k <= kBlockSize ? k : kBroken;
 }
 
-// --- Output
-// ----------------------------------------------------------------------------------------------------------
+// --- Output ---
 
 // Averages squares of samples, in place; the smaller block keeps the row step of the full one.
 void CJpeg::ReduceBlock(uint8_t* samples) const {

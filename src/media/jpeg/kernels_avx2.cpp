@@ -20,8 +20,7 @@ struct FloatLanes {
     using Vector = __m256;
 };
 
-// --- Inverse transform
-// ---------------------------------------------------------------------------------------------
+// --- Inverse transform ---
 
 AVX2 inline __m256 LoadScaled(const int16_t* coefficients, const uint32_t* table, __m256 step) {
     const __m128i narrow = _mm_loadu_si128(reinterpret_cast<const __m128i*>(coefficients));
@@ -59,8 +58,7 @@ AVX2 inline void StoreFourRows(const __m256* rows, uint8_t* samples) {
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(samples), _mm256_permutevar8x32_epi32(bytes, order));
 }
 
-// --- Colour
-// --------------------------------------------------------------------------------------------------------
+// --- Colour ---
 
 // What 8 pairs of chroma samples add to luma, 16 bits each.
 struct ChromaShift {
