@@ -3,7 +3,8 @@
 # Interface target with the warnings and sanitizers that all our own code is built with.
 add_library(wallslate_options INTERFACE)
 target_compile_options(wallslate_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion)
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>) # g++ 12 warns wrongly about joined std::string
 if(WALLSLATE_WERROR)
     target_compile_options(wallslate_options INTERFACE -Werror)
 endif()

@@ -5,6 +5,7 @@
 
 #include "foundation/clock.h"
 #include "foundation/log.h"
+#include "gui/frame_composer.h"
 #include "host/protocol.h"
 #include "platform/diagnostics.h"
 

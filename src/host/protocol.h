@@ -32,7 +32,6 @@ enum HostMessage : uint32_t {
 
 constexpr uint32_t kHeaderSize = 8;             // bytes
 constexpr uint32_t kMaxPayloadSize = 64u << 20; // bytes; a longer one ends the link before any allocation
-constexpr int32_t kFrameBorder = 32;            // pixels around the screen, counted by touch coordinates
 constexpr uint32_t kTouchPayloadSize = 12;      // bytes
 constexpr uint32_t kTouchMove = 2;              // touch type; 1 is down, 4 is up
 constexpr uint32_t kPieceTimeoutMs = 100;       // between two pieces of a message, and for room to send

@@ -16,6 +16,7 @@ BELOW["shell"] = {"gui", "media"} | BELOW["gui"]
 BELOW["controls"] = {"shell"} | BELOW["shell"]
 BELOW["app"] = {"controls"} | BELOW["controls"]
 BELOW["host"] = {"app"} | BELOW["app"]
+BELOW["main"] = {"host"} | BELOW["host"]
 
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 

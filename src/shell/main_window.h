@@ -1,0 +1,107 @@
+// The root of the element tree. It turns the loaded structure into pages and menu buttons, decides which page
+// is up, filters every touch before the tree sees it, keeps the time since the last interaction, and paints
+// the two full-screen messages over the finished picture.
+//
+// The parts live in files of their own: screen_builder.cpp makes the pages, status_panel.cpp paints the
+// messages, main_window.cpp holds the rest.
+#pragma once
+
+#include "foundation/mutex.h"
+#include "gui/element.h"
+#include "shell/menu.h"
+
+class CVrGuiFrame;
+class CVrGuiMenuBtn;
+
+class CVrGuiMainWin : public CVrGuiElement {
+public:
+    CVrGuiMainWin();
+    ~CVrGuiMainWin() override;
+
+    // Stores the size and allocates the root's pixel store.
+    void SetSize(const CVrRect& size) override;
+    bool IsMainWin() const override { return true; }
+    // The root's rectangle is never evaluated again.
+    bool ApplyLayout() override { return true; }
+    void OnStart() override;
+    // Sends the (still blank) store as the first frame, makes the tree paintable and waits for splashMs.
+    void ShowSplash() override;
+    // Builds one hidden page and one menu button for each top-level entry below `rootItem`, and the elements
+    // that all pages share. Does nothing for null or when the menu exists already.
+    void CreateContent(CVrStructureItem* rootItem) override;
+    // An interaction: everything that belongs to the rest starts anew.
+    void RestartTimer() override;
+    bool OnTimer(uint64_t now) override;
+    bool RouteEvent(uint32_t eventType, const CVrPoint& point) override;
+
+    // Takes the root's row of the style sheet, once that is loaded.
+    void AdoptStyle();
+    // Forgets the shared children; to be called when all children have been deleted, before the next
+    // CreateContent.
+    void ClearChildLinks();
+    // Shows the first page, or the message for an empty structure. Called once, when the tree has started.
+    void SelectInitialScreen();
+    // Brings up the page of the item that is marked as default screen. False when there is none.
+    bool ShowDefaultScreen();
+    void SetEmptyConfiguration(bool on);
+    // Paints a full-screen message straight into the root's store, `text` in UTF-8; with a spinner that turns
+    // with the clock.
+    void DrawStatusPanel(const char* statusText, bool withSpinner);
+    // A visible popup frame or popup slider frame.
+    bool IsPopupUp() const;
+    // Hides both popups and takes the mark off the action bar's buttons.
+    void ClosePopups();
+    // Deletes the rows of the popups: they are never carried from one page to another.
+    void EmptyPopups();
+    void ResetActionbarButtons();
+    // Flags everything for a repaint, hidden or not.
+    void RepaintAll();
+    // First running control that a visible page serves; it postpones the rest. Null when nothing runs.
+    CVrGuiElement* FindActiveControl(CVrGuiElement* element);
+
+    CVrGuiMenu* menu = nullptr;                 // child; null until CreateContent
+    CVrGuiElement* actionbar = nullptr;         // owned by the page that it hangs under at the moment
+    CVrGuiElement* popupFrame = nullptr;        // likewise
+    CVrGuiElement* popupSliderFrame = nullptr;  // likewise
+    CVrGuiElement* pairingScreen = nullptr;     // child, made on demand
+    CVrGuiElement* screenSaver = nullptr;       // child, made on demand
+    uint32_t brightness = 60;                   // percent
+    uint32_t splashMs = 500;                    // how long the splash stays before the load goes on
+    bool idle = false;                          // the display rests
+    bool keepOn = false;                        // the interaction timeout does not run
+    bool dnd = false, dis = false;              // stored only
+    bool displayOff = false;                    // dark; a touch then only wakes
+    bool eco = false;                           // rest goes dark, never to the screen saver
+    bool swallowUntilUp = false;                // the rest of the touch that woke the display is dropped
+    bool presence = false, presenceKnown = false;
+    bool night = false;
+    int32_t brightnessDelta = -2;               // -5..5, stored only
+    int32_t brightnessGain = 0;                 // -5..5, stored only
+    uint64_t idleSince = 0;                     // tick; 0 while awake
+    uint64_t lastInteraction = 0;               // tick
+    CVrMutex animationLock;
+    uint32_t roomCo2 = 0;                       // ppm
+    int32_t roomTemperature = 220;              // tenths of a degree Celsius
+    uint32_t roomHumidity = 0;                  // percent
+    bool use24Hours = true;
+    uint32_t dateOrder = 0;
+    uint32_t fahrenheit = 0;
+    char dateSeparator = '.';
+    uint8_t restMode = 1;                       // 0..5
+    uint64_t interactionTimeout = 60'000;       // ms; 0 switches it off
+    bool loading = false;                       // the loading message is up, all touch is ignored
+    bool emptyConfiguration = false;            // the message for an empty structure is up
+    bool swallowAfterPopup = false;             // from a down that closed a popup until the matching up
+
+private:
+    void WakeFromDark(uint32_t eventType);
+    bool TapClosesPopup(const CVrPoint& point) const;
+    void AddLeafEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);
+    void AddGroupEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);
+    CVrGuiFrame* AddPage(const CVrxStringU& pageClass, CVrStructureItem& entry, int32_t pageType);
+    CVrGuiMenuBtn* AddMenuButton(CVrStructureItem& entry, CVrGuiFrame& page);
+    void CreateSharedElements(CVrGuiElement& home);
+};
+
+// The root of the running application; null before command 1 and in tests without one.
+CVrGuiMainWin* MainWindow();

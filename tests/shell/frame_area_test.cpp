@@ -1,0 +1,113 @@
+// The button grid: properties that hold for every number of buttons, and the row tables themselves.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <vector>
+
+#include "shell/frame.h"
+#include "shell/frame_area.h"
+#include "support/test_display.h"
+
+namespace {
+
+// A page with so many grid buttons, laid out on a display of its own.
+struct GridPage {
+    explicit GridPage(int count) : display(TestHouse::Of("[]")) {
+        page = display.Root().CreateChild<CVrGuiFrame>("CVrGuiFrame", false);
+        page->FillArea(nullptr);
+        area = page->frameArea;
+        for (int i = 0; i < count; i++) {
+            area->CreateGuiChild("CVrGuiFrameBtn", false);
+            area->buttonCount++;
+        }
+        area->ApplyLayout();
+    }
+
+    // Buttons in each row, from the top.
+    std::vector<int> Rows() const {
+        std::map<int32_t, int> rows;
+        area->ForEachChild([&rows](const CVrGuiElement& button) { rows[button.rect.y]++; });
+        std::vector<int> counts;
+        for (const auto& [y, count] : rows)
+            counts.push_back(count);
+        return counts;
+    }
+
+    TestDisplay display;
+    CVrGuiFrame* page = nullptr;
+    CVrGuiFrameArea* area = nullptr;
+};
+
+} // namespace
+
+TEST(FrameArea, RowsFollowTheTable) {
+    const std::map<int, std::vector<int>> expected = {
+        {1, {1}},       {2, {2}},          {3, {3}},          {4, {2, 2}},          {5, {2, 3}},
+        {6, {3, 3}},    {7, {3, 4}},       {8, {4, 4}},       {9, {3, 3, 3}},       {10, {3, 3, 4}},
+        {11, {3, 4, 4}}, {12, {4, 4, 4}},  {13, {3, 3, 4, 3}}, {14, {3, 3, 4, 4}},  {17, {3, 3, 4, 4, 3}},
+    };
+    for (const auto& [count, rows] : expected)
+        EXPECT_EQ(GridPage(count).Rows(), rows) << count << " buttons";
+}
+
+TEST(FrameArea, CellsOfARowFillTheWidthAndNeverOverlap) {
+    for (int count = 1; count <= 20; count++) {
+        SCOPED_TRACE(count);
+        const GridPage grid(count);
+        std::map<int32_t, CVrRect> rows;
+        grid.area->ForEachChild([&](const CVrGuiElement& button) {
+            CVrRect& row = rows[button.rect.y];
+            EXPECT_FALSE(row.Intersects(button.rect));
+            row = row.United(button.rect);
+        });
+        for (const auto& [y, row] : rows) {
+            if (row.y == rows.rbegin()->first && count > 9)
+                continue; // the last row of a long list may be incomplete
+            EXPECT_EQ(row.x, 0);
+            EXPECT_EQ(row.width, grid.area->rect.width);
+        }
+    }
+}
+
+TEST(FrameArea, NineChildrenShowTwoAndAHalfRows) {
+    const GridPage grid(9);
+    const int32_t free = grid.area->rect.height - 2 * grid.area->gap;
+    EXPECT_EQ(grid.area->Child(0)->rect.height, free * 2 / 5);
+}
+
+TEST(FrameArea, FixedGridOfOneColumnHasNoGap) {
+    GridPage grid(0);
+    grid.area->fixedCols = 1;
+    grid.area->cellW = 300;
+    grid.area->cellH = 100;
+    grid.area->CreateGuiChild("CVrGuiFrameBtn", false);
+    grid.area->buttonCount = 1;
+    grid.area->ApplyLayout();
+    EXPECT_EQ(grid.area->Child(0)->rect, CVrRect(0, 0, 300, 100));
+}
+
+TEST(FrameArea, ButtonsGlideToTheirNewPlaces) {
+    GridPage grid(2);
+    const CVrRect before = grid.area->Child(0)->rect;
+    grid.area->CreateGuiChild("CVrGuiFrameBtn", false);
+    grid.area->buttonCount++;
+    grid.area->animateLayout = true;
+    grid.area->ApplyLayout();
+    EXPECT_EQ(grid.area->Child(0)->rect, before) << "starts where it was";
+    grid.display.Advance(100);
+    const CVrRect half = grid.area->Child(0)->rect;
+    EXPECT_LT(half.width, before.width);
+    grid.display.Advance(150);
+    const CVrRect settled = grid.area->Child(0)->rect;
+    EXPECT_EQ(settled, grid.area->GridRect(*grid.area->Child(0), 0));
+    EXPECT_LT(settled.width, half.width);
+}
+
+TEST(FrameArea, DestroyedWhileItsButtonsGlide) {
+    GridPage grid(2);
+    grid.area->animateLayout = true;
+    grid.area->ApplyLayout();
+    delete grid.page;
+    grid.display.Advance(300);
+}
