@@ -22,6 +22,7 @@ constexpr uint32_t kEndMs = 5000; // the run-time's own work at the end
 #else
 constexpr uint32_t kEndMs = 500; // within which a display must be gone
 #endif
+constexpr uint32_t kSplashMs = 500; // the first frame leaves before the splash has been seen
 constexpr uint32_t kStartMs = 20000;
 constexpr uint32_t kReplyMs = 20000;
 constexpr size_t kFrameBytes = 2458624;
@@ -93,7 +94,7 @@ TEST_P(LinkTest, SecondDisplayCostsAWaitingOneNothing) {
     host.Send(kCreate + kVerbose + kLoad);
     EXPECT_TRUE(host.WaitForMessage(102, kReplyMs));
     host.Send(kEnd);
-    EXPECT_EQ(first.WaitForExit(kEndMs), 0);
+    EXPECT_EQ(first.WaitForExit(kEndMs + kSplashMs), 0);
 }
 
 TEST_P(LinkTest, NameThatCannotBeMade) {
@@ -175,7 +176,7 @@ TEST_P(LinkTest, Signals) {
         host.Send(kCreate + kLoad);
         EXPECT_TRUE(host.WaitForMessage(102, kReplyMs));
         running.Signal(number);
-        EXPECT_EQ(running.WaitForExit(kEndMs), 0);
+        EXPECT_EQ(running.WaitForExit(kEndMs + kSplashMs), 0);
         EXPECT_FALSE(fs::exists(running.SocketPath()));
     }
 }
@@ -275,7 +276,7 @@ TEST_P(LinkTest, FramesAreWhole) {
         break;
     }
     host.Send(kEnd);
-    EXPECT_EQ(display.WaitForExit(kEndMs), 0);
+    EXPECT_EQ(display.WaitForExit(kEndMs + kSplashMs), 0);
 }
 
 TEST_P(LinkTest, HostThatDoesNotReadForAWhile) {
