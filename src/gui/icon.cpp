@@ -87,6 +87,8 @@ CVrGuiIcon* CVrGuiIcon::SetMenuButtonSelectedIconFromFile(const CVrGuiElement& b
     if (button.iconName.IsEmpty())
         return nullptr;
     CVrGuiIcon& slot = size == button.iconSize ? usual : other;
-    const bool isReady = slot.HasBitmap() && slot.requestedSize == size && slot.fileName == button.iconName;
-    return isReady || slot.SetFilledIconFromFile(button.iconName, size, button.iconStatic) ? &slot : nullptr;
+    // A symbol that could not be loaded is not tried again at every painting.
+    if (slot.requestedSize != size || slot.fileName != button.iconName)
+        slot.SetFilledIconFromFile(button.iconName, size, button.iconStatic);
+    return slot.HasBitmap() ? &slot : nullptr;
 }
