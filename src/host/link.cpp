@@ -77,6 +77,7 @@ void CHostLink::SendText(uint32_t command, const char* text) {
 }
 
 int CHostLink::Run(int argc, char** argv) {
+    platform::OpenMissingStandardStreams();
     if (argc > 1 && IsNonZero(argv[1]))
         OpenDiagnosticLog();
     if (argc < kArgumentCount)
@@ -144,7 +145,10 @@ bool CHostLink::ServeClient() {
 }
 
 int32_t CHostLink::Receive(void* buffer, uint32_t count) {
-    return m_server.Receive(buffer, count, kPieceTimeoutMs);
+    const int32_t got = m_server.Receive(buffer, count, kPieceTimeoutMs);
+    if (got == platform::PipeServer::kBroken && m_server.GetError() != 0)
+        platform::WriteDiagnostic("%d errret %d\n", Tick(), m_server.GetError());
+    return got;
 }
 
 bool CHostLink::send_message(uint32_t command, const void* payload, uint32_t length) {

@@ -43,6 +43,15 @@ bool RedirectDiagnostics(const char* path) {
     return file.IsOpen() && dup2(file.Get(), STDERR_FILENO) >= 0;
 }
 
+void OpenMissingStandardStreams() {
+    // The lowest free number is given out first.
+    int opened = open("/dev/null", O_RDWR | O_CLOEXEC);
+    while (opened >= 0 && opened <= STDERR_FILENO)
+        opened = open("/dev/null", O_RDWR | O_CLOEXEC);
+    if (opened >= 0)
+        close(opened);
+}
+
 void SilenceDiagnostics() {
     g_isSilent.store(true, std::memory_order_relaxed);
 }

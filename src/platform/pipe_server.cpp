@@ -154,6 +154,7 @@ bool PipeServer::AcceptClient() {
         return false;
     m_client = static_cast<Descriptor&&>(client);
     m_hasReceived = false;
+    m_error = 0;
     return true;
 }
 
@@ -185,8 +186,10 @@ int32_t PipeServer::Receive(void* buffer, uint32_t count, uint32_t timeoutMs) {
             m_hasReceived = m_hasReceived || got > 0;
             if (got > 0)
                 return static_cast<int32_t>(got);
-            if (got == 0 || (errno != EAGAIN && errno != EINTR))
+            if (got == 0 || (errno != EAGAIN && errno != EINTR)) {
+                m_error = got == 0 ? 0 : errno;
                 return kBroken;
+            }
         } else if (entries[1].revents != 0 && IsClientStaying()) {
             RefuseSecondClient();
         }

@@ -43,6 +43,10 @@ public:
     // or a stop was requested. Bytes that came before the client went are delivered first.
     int32_t Receive(void* buffer, uint32_t count, uint32_t timeoutMs);
 
+    // Why Receive said kBroken: the system's error number, 0 if the client has closed or a stop was
+    // requested.
+    int GetError() const { return m_error; }
+
     // The client's socket, for the writer; -1 without a client.
     int ClientDescriptor() const { return m_client.Get(); }
 
@@ -60,6 +64,7 @@ private:
     Path m_path;
     Descriptor m_listener;
     Descriptor m_client;
+    int m_error = 0;
     bool m_hasReceived = false; // the client has sent something
     dev_t m_device = 0;         // identity of the socket file that was made here: nobody else's is removed
     ino_t m_inode = 0;

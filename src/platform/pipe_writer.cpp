@@ -70,6 +70,7 @@ bool PipeWriter::Start(int socket) {
     m_tail = 0;
     m_used = 0;
     m_isEnding = false;
+    m_isStalled = false;
     m_wake.Lower();
     m_isOpen = m_thread.Start(Enter, this, "PipeWriter");
     return m_isOpen;
@@ -97,10 +98,8 @@ bool PipeWriter::HasRoomFor(uint64_t size) {
 
 bool PipeWriter::WaitForRoom(uint32_t count, uint32_t timeoutMs) {
     const timespec due = MomentIn(timeoutMs);
-    while (m_isOpen && kCapacity - m_used < count) {
-        if (pthread_cond_timedwait(&m_emptied, &m_mutex, &due) == ETIMEDOUT)
-            break;
-    }
+    while (m_isOpen && !m_isStalled && kCapacity - m_used < count)
+        m_isStalled = pthread_cond_timedwait(&m_emptied, &m_mutex, &due) == ETIMEDOUT;
     return m_isOpen && kCapacity - m_used >= count;
 }
 
@@ -133,6 +132,7 @@ void PipeWriter::SendLoop() {
         uint32_t sent = 0;
         const bool isAlive = SendPiece(piece, count, sent);
         pthread_mutex_lock(&m_mutex);
+        m_isStalled = m_isStalled && sent == 0;
         m_tail = (m_tail + sent) % kCapacity;
         m_used -= sent;
         m_isEnding = m_isEnding || !isAlive;

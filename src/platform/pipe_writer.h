@@ -28,7 +28,9 @@ public:
 
     // Queues header and payload as one message. False, and nothing of it queued, if there is no room within
     // timeoutMs, the message is larger than the ring, or the writer is stopped or has lost its client. From
-    // any thread; senders that wait are served one after the other.
+    // any thread; senders that wait are served one after the other. Once one has waited in vain, nobody waits
+    // again until the client has taken a byte: a client that reads nothing must not slow every line of the
+    // log down.
     bool Send(const void* header, uint32_t headerSize, const void* payload, uint32_t payloadSize,
               uint32_t timeoutMs);
 
@@ -55,8 +57,9 @@ private:
     uint8_t* m_ring = nullptr;
     uint32_t m_tail = 0; // first byte to be sent
     uint32_t m_used = 0;
-    bool m_isOpen = false;   // takes messages
-    bool m_isEnding = false; // the thread ends
+    bool m_isOpen = false;    // takes messages
+    bool m_isEnding = false;  // the thread ends
+    bool m_isStalled = false; // a sender has waited in vain and the client has taken nothing since
 
     int m_socket = -1;
     WakeDescriptor m_wake; // ends the thread's wait for the socket

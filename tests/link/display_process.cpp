@@ -169,6 +169,8 @@ DisplayProcess::DisplayProcess(const std::string& program, const Options& option
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
+    for (int stream = 0; stream <= STDERR_FILENO && !options.hasStandardStreams; stream++)
+        posix_spawn_file_actions_addclose(&actions, stream);
     if (posix_spawn(&m_pid, program.c_str(), &actions, nullptr, argv.data(), environ) != 0)
         throw std::runtime_error("cannot start " + program);
     posix_spawn_file_actions_destroy(&actions);

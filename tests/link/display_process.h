@@ -56,6 +56,7 @@ public:
         std::vector<std::string> arguments; // all of them; empty: the usual three
         uint32_t timeoutMs = 10000;         // for the usual arguments
         std::string debug = "0";
+        bool hasStandardStreams = true;
         bool readsErrors = true; // false: the pipe of standard error fills and stays full
     };
 

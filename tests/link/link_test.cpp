@@ -22,7 +22,7 @@ constexpr uint32_t kEndMs = 5000; // the run-time's own work at the end
 #else
 constexpr uint32_t kEndMs = 500; // within which a display must be gone
 #endif
-constexpr uint32_t kSplashMs = 500; // the first frame leaves before the splash has been seen
+constexpr uint32_t kLoadMs = 2000; // while it loads, a display hears nothing
 constexpr uint32_t kStartMs = 20000;
 constexpr uint32_t kReplyMs = 20000;
 constexpr size_t kFrameBytes = 2458624;
@@ -94,7 +94,7 @@ TEST_P(LinkTest, SecondDisplayCostsAWaitingOneNothing) {
     host.Send(kCreate + kVerbose + kLoad);
     EXPECT_TRUE(host.WaitForMessage(102, kReplyMs));
     host.Send(kEnd);
-    EXPECT_EQ(first.WaitForExit(kEndMs + kSplashMs), 0);
+    EXPECT_EQ(first.WaitForExit(kEndMs + kLoadMs), 0);
 }
 
 TEST_P(LinkTest, NameThatCannotBeMade) {
@@ -176,7 +176,7 @@ TEST_P(LinkTest, Signals) {
         host.Send(kCreate + kLoad);
         EXPECT_TRUE(host.WaitForMessage(102, kReplyMs));
         running.Signal(number);
-        EXPECT_EQ(running.WaitForExit(kEndMs + kSplashMs), 0);
+        EXPECT_EQ(running.WaitForExit(kEndMs + kLoadMs), 0);
         EXPECT_FALSE(fs::exists(running.SocketPath()));
     }
 }
@@ -200,7 +200,7 @@ TEST_P(LinkTest, HostThatVanishesAtAnyMoment) {
         host.Send(kCreate + kVerbose + kLoad);
         Sleep(ms);
         host.Close();
-        ASSERT_EQ(display.WaitForExit(kEndMs + 500), 0) << ms; // it may still be loading
+        ASSERT_EQ(display.WaitForExit(kEndMs + kLoadMs), 0) << ms;
     }
 }
 
@@ -276,7 +276,7 @@ TEST_P(LinkTest, FramesAreWhole) {
         break;
     }
     host.Send(kEnd);
-    EXPECT_EQ(display.WaitForExit(kEndMs + kSplashMs), 0);
+    EXPECT_EQ(display.WaitForExit(kEndMs + kLoadMs), 0);
 }
 
 TEST_P(LinkTest, HostThatDoesNotReadForAWhile) {
@@ -318,7 +318,7 @@ TEST_P(LinkTest, SignalWhileTheHostDoesNotRead) {
     DisplayProcess display(Program());
     const auto host = display.Connect();
     host.Send(kCreate + EncodeWords(2, {5}) + Encode(3, House("flood", "{}")));
-    Sleep(500);
+    Sleep(kLoadMs);
     display.Signal(SIGTERM);
     EXPECT_EQ(display.WaitForExit(kEndMs), 0);
 }
@@ -334,6 +334,17 @@ TEST_P(LinkTest, RemarksThatNobodyReadsBlockNothing) {
         many += Encode(11);
     ASSERT_TRUE(host.Send(many + kLoad + Touch(1, 40, 41)));
     EXPECT_TRUE(host.WaitForLog("8/9 00000001", kReplyMs));
+    host.Send(kEnd);
+    EXPECT_EQ(display.WaitForExit(kEndMs), 0);
+}
+
+TEST_P(LinkTest, RemarksDoNotGoIntoTheStreamWhenStandardErrorIsClosed) {
+    DisplayProcess::Options options;
+    options.hasStandardStreams = false;
+    DisplayProcess display(Program(), options);
+    const auto host = display.Connect();
+    host.Send(Encode(11) + Encode(11) + kCreate + kVerbose + kLoad + Touch(1, 40, 40));
+    EXPECT_TRUE(host.WaitForLog("8/8 00000001", kReplyMs)); // which throws if the framing is lost
     host.Send(kEnd);
     EXPECT_EQ(display.WaitForExit(kEndMs), 0);
 }

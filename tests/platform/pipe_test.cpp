@@ -259,20 +259,29 @@ TEST(PipeWriterTest, SlowReaderLosesWholeMessagesOnly) {
     ASSERT_TRUE(writer.Start(pair.ends[0]));
     const std::string frame(2458624, 'f');
     int sent = 0;
-    while (Send(writer, "head", frame, 20))
-        sent++;
+    uint64_t before = platform::RealTickMs();
+    for (; Send(writer, "head", frame, 100); sent++)
+        before = platform::RealTickMs();
     EXPECT_GE(sent, 6); // six frames have their place even if nobody reads
-    const uint64_t before = platform::RealTickMs();
-    EXPECT_FALSE(Send(writer, "head", frame, 100));
     EXPECT_GE(platform::RealTickMs() - before, 99u);
+    EXPECT_LT(platform::RealTickMs() - before, 1000u);
+
+    before = platform::RealTickMs(); // nobody waits for a reader that has taken nothing since
+    for (int i = 0; i < 10; i++)
+        EXPECT_FALSE(Send(writer, "head", frame, 60000));
     EXPECT_LT(platform::RealTickMs() - before, 1000u);
 
     for (int i = 0; i < sent; i++) {
         ASSERT_EQ(pair.Read(4), "head");
         ASSERT_TRUE(pair.Read(frame.size()) == frame);
     }
-    EXPECT_TRUE(Send(writer, "last", "", 100));
-    EXPECT_EQ(pair.Read(4), "last");
+    for (int i = 0; i < 20; i++) { // more than fits at once: with a reader that reads, senders wait again
+        std::string received;
+        std::thread reader([&] { received = pair.Read(4 + frame.size()); });
+        EXPECT_TRUE(Send(writer, "next", frame, kPatienceMs));
+        reader.join();
+        EXPECT_TRUE(received == "next" + frame);
+    }
 }
 
 TEST(PipeWriterTest, MessageLargerThanTheRingIsRefusedAtOnce) {
