@@ -120,7 +120,9 @@ int CHostLink::Serve(const platform::Deadline& deadline) {
             return Fail(ExitNoConnection, "connection error");
         }
         platform::WriteDiagnostic("%d Connected\n", Tick());
+        platform::WatchPeer(m_server.ClientDescriptor());
         const bool hasReceived = ServeClient();
+        platform::WatchPeer(-1);
         if (hasReceived || deadline.HasPassed() || platform::IsStopRequested())
             return ExitDone;
         m_isRunning = false;

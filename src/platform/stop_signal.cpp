@@ -5,12 +5,14 @@
 #include <csignal>
 
 #include "platform/descriptor.h"
+#include "platform/wait.h"
 
 namespace platform {
 
 namespace {
 
 std::atomic<bool> g_isRequested{false};
+std::atomic<int> g_watchedSocket{-1};
 
 const WakeDescriptor& Wake() {
     static const WakeDescriptor wake;
@@ -51,6 +53,16 @@ void ClearStopRequest() {
 
 bool IsStopRequested() {
     return g_isRequested.load();
+}
+
+void Pause(uint32_t ms) {
+    // poll passes over a negative descriptor.
+    pollfd entries[] = {{StopDescriptor(), POLLIN, 0}, {g_watchedSocket.load(), POLLRDHUP, 0}};
+    Poll(entries, 2, Deadline(ms));
+}
+
+void WatchPeer(int socket) {
+    g_watchedSocket.store(socket);
 }
 
 int StopDescriptor() {

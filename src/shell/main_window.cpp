@@ -4,6 +4,7 @@
 #include "foundation/clock.h"
 #include "foundation/log.h"
 #include "gui/application.h"
+#include "platform/stop_signal.h"
 #include "shell/frame.h"
 #include "shell/frame_area.h"
 #include "shell/menu_button.h"
@@ -88,7 +89,7 @@ void CVrGuiMainWin::ShowSplash() {
     text = className;
     TheApplication()->PresentStore();
     flags = (flags & ~FlagHidden) | FlagPaintable;
-    SleepMs(splashMs);
+    platform::Pause(splashMs);
 }
 
 void CVrGuiMainWin::OnStart() {
