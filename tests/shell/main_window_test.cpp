@@ -51,6 +51,26 @@ TEST(MainWindow, AnEmptyStructureSaysSo) {
     EXPECT_EQ(display.PixelAt(360, 690), 0xFFFFFFFFU);
 }
 
+TEST(MainWindow, AStructureThatCannotBeParsedIsAnEmptyOne) {
+    for (const char* text : {"", "[", "{\"T\":", "not json", "[{]}"}) {
+        SCOPED_TRACE(text);
+        TestDisplay display(TestHouse::Of(text));
+        EXPECT_TRUE(display.Root().emptyConfiguration);
+        display.Tap(360, 360);
+        EXPECT_TRUE(display.TakeCommands().empty());
+    }
+}
+
+TEST(MainWindow, BrokenTablesLeaveTheRestOfTheHouse) {
+    TestHouse house = TestHouse::Of("[" + Switch(1) + "]");
+    house.categories = "[{";
+    house.rooms = "";
+    house.symbols = "nothing";
+    TestDisplay display(house);
+    display.Tap(360, 360);
+    EXPECT_EQ(display.TakeCommands().size(), 1U);
+}
+
 TEST(MainWindow, UniformGroupsOfShadingsShareOnePage) {
     TestDisplay display(TestHouse::Of(R"([{"N":"Blinds","sub":[)" + Shading(1, 476, 4) + "," + Shading(2, 502, 4) +
                                       R"(]},{"N":"Mixed","sub":[)" + Shading(3, 476, 2) + "," + Switch(4) + "]}]"));
