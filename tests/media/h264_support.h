@@ -1,6 +1,9 @@
 // What the tests of the H.264 decoder share: a decoder with its pool, and the pictures that come out of it.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -13,10 +16,10 @@
 
 #include "../../tools/h264dump/md5.h"
 #include "media/h264/decoder.h"
+#include "media/h264_stream_writer.h"
+#include "support/log_capture.h"
 
 namespace h264test {
-
-using Bytes = std::vector<std::uint8_t>;
 
 // A picture as it came out, copied.
 struct Frame {
@@ -91,6 +94,51 @@ private:
     };
     std::unique_ptr<std::uint8_t, Deleter> memory;
 };
+
+// Decodes written streams and looks at pictures and log lines.
+class WrittenStreams : public testing::Test {
+protected:
+    std::vector<Frame> Decode(const std::string& text) { return test.Decode(WriteStream(text)); }
+
+    // The lines so far, from their tag on.
+    std::vector<std::string> Lines() const {
+        std::vector<std::string> lines = log.All();
+        for (std::string& line : lines)
+            line.erase(0, line.find("RK ") + 3);
+        return lines;
+    }
+    // How often this line of the decoder was logged; `line` is "OPERATION: TEXT".
+    std::size_t Logged(const std::string& line) const {
+        const std::vector<std::string> lines = Lines();
+        return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), "Ch264VideoDecoder::" + line));
+    }
+
+    LogCapture log{LogEvent};
+    TestDecoder test;
+};
+
+// The luma of each macroblock, row by row: "10 20/30 40"; "?" where its samples differ.
+inline std::string LumaMap(const Frame& frame) {
+    std::string map;
+    for (std::uint32_t y = 0; y < frame.height; y += 16) {
+        for (std::uint32_t x = 0; x < frame.width; x += 16) {
+            bool flat = true;
+            for (std::uint32_t i = 0; i < 256; ++i)
+                flat = flat && frame.Luma(x + i % 16, y + i / 16) == frame.Luma(x, y);
+            map += x > 0 ? " " : y > 0 ? "/" : "";
+            map += flat ? std::to_string(frame.Luma(x, y)) : "?";
+        }
+    }
+    return map;
+}
+
+// The same of all pictures.
+inline std::vector<std::string> LumaMaps(const std::vector<Frame>& frames) {
+    std::vector<std::string> maps;
+    for (const Frame& frame : frames)
+        maps.push_back(LumaMap(frame));
+    return maps;
+}
 
 inline Bytes ReadBytes(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);

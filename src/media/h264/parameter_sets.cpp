@@ -19,8 +19,10 @@ constexpr u32 MaxLog2Minus4 = 12; // of log2_max_frame_num_minus4 and log2_max_p
 constexpr u32 MaxCpbCount = 32;   // cpb_cnt_minus1 is 0..31, E.2.2
 constexpr u32 ExtendedSar = 255;  // Table E-1
 
-bool Refuse(const char* tag, const char* field) {
-    Log(LogError, tag, "%s", field);
+// Names the field that broke a limit, unless what was read stands in for data that ended early.
+bool Refuse(const BitReader& reader, const char* tag, const char* field) {
+    if (!reader.Failed())
+        Log(LogError, tag, "%s", field);
     return false;
 }
 
@@ -73,15 +75,15 @@ bool HasHighProfileSyntax(u32 profile_idc) {
 // Such a stream may still keep to the baseline tools: 4:2:0, 8 bits, flat scaling.
 bool ReadHighProfileBlock(BitReader& reader) {
     if (reader.ReadUe() != 1)
-        return Refuse(SpsTag, "chroma_format_idc");
+        return Refuse(reader, SpsTag, "chroma_format_idc");
     if (reader.ReadUe() != 0)
-        return Refuse(SpsTag, "bit_depth_luma_minus8");
+        return Refuse(reader, SpsTag, "bit_depth_luma_minus8");
     if (reader.ReadUe() != 0)
-        return Refuse(SpsTag, "bit_depth_chroma_minus8");
+        return Refuse(reader, SpsTag, "bit_depth_chroma_minus8");
     if (reader.ReadFlag())
-        return Refuse(SpsTag, "qpprime_y_zero_transform_bypass_flag");
+        return Refuse(reader, SpsTag, "qpprime_y_zero_transform_bypass_flag");
     if (reader.ReadFlag())
-        return Refuse(SpsTag, "seq_scaling_matrix_present_flag");
+        return Refuse(reader, SpsTag, "seq_scaling_matrix_present_flag");
     return true;
 }
 
@@ -91,7 +93,7 @@ bool ReadPicOrderCntCycle(BitReader& reader, SeqParamSet* sps, i32* offsetForRef
     sps->offset_for_top_to_bottom_field = reader.ReadSe();
     sps->num_ref_frames_in_pic_order_cnt_cycle = reader.ReadUe();
     if (sps->num_ref_frames_in_pic_order_cnt_cycle > MaxPicOrderCntCycle)
-        return Refuse(SpsTag, "num_ref_frames_in_pic_order_cnt_cycle");
+        return Refuse(reader, SpsTag, "num_ref_frames_in_pic_order_cnt_cycle");
     for (u32 i = 0; i < sps->num_ref_frames_in_pic_order_cnt_cycle; ++i)
         offsetForRefFrame[i] = reader.ReadSe();
     return true;
@@ -100,13 +102,13 @@ bool ReadPicOrderCntCycle(BitReader& reader, SeqParamSet* sps, i32* offsetForRef
 bool ReadPicOrderCntSyntax(BitReader& reader, SeqParamSet* sps, i32* offsetForRefFrame) {
     sps->pic_order_cnt_type = reader.ReadUe();
     if (sps->pic_order_cnt_type > 2)
-        return Refuse(SpsTag, "pic_order_cnt_type");
+        return Refuse(reader, SpsTag, "pic_order_cnt_type");
     if (sps->pic_order_cnt_type == 1)
         return ReadPicOrderCntCycle(reader, sps, offsetForRefFrame);
     if (sps->pic_order_cnt_type == 0) {
         const u32 log2_max_pic_order_cnt_lsb_minus4 = reader.ReadUe();
         if (log2_max_pic_order_cnt_lsb_minus4 > MaxLog2Minus4)
-            return Refuse(SpsTag, "log2_max_pic_order_cnt_lsb_minus4");
+            return Refuse(reader, SpsTag, "log2_max_pic_order_cnt_lsb_minus4");
         sps->MaxPicOrderCntLsb = 16u << log2_max_pic_order_cnt_lsb_minus4;
     }
     return true;
@@ -128,7 +130,7 @@ bool ReadCropping(BitReader& reader, SeqParamSet* sps) {
     sps->frame_crop_bottom_offset = reader.ReadUe();
     if (!CropFits(sps->frame_crop_left_offset, sps->frame_crop_right_offset, sps->picWidthInMbs) ||
         !CropFits(sps->frame_crop_top_offset, sps->frame_crop_bottom_offset, sps->picHeightInMbs))
-        return Refuse(SpsTag, "frame_cropping");
+        return Refuse(reader, SpsTag, "frame_cropping");
     return true;
 }
 
@@ -140,13 +142,13 @@ u32 ReadSizeInMbs(BitReader& reader) {
 bool ReadPictureSyntax(BitReader& reader, SeqParamSet* sps) {
     sps->num_ref_frames = reader.ReadUe();
     if (sps->num_ref_frames > MaxRefFrames)
-        return Refuse(SpsTag, "num_ref_frames");
+        return Refuse(reader, SpsTag, "num_ref_frames");
     sps->gaps_in_frame_num_value_allowed_flag = reader.ReadFlag();
     sps->picWidthInMbs = ReadSizeInMbs(reader);
     sps->picHeightInMbs = ReadSizeInMbs(reader);
     const bool frame_mbs_only_flag = reader.ReadFlag();
     if (!frame_mbs_only_flag)
-        return Refuse(SpsTag, "frame_mbs_only_flag");
+        return Refuse(reader, SpsTag, "frame_mbs_only_flag");
     sps->direct_8x8_inference_flag = reader.ReadFlag();
     return ReadCropping(reader, sps);
 }
@@ -261,12 +263,12 @@ bool ReadSequenceHead(BitReader& reader, SeqParamSet* sps) {
     sps->level_idc = static_cast<u8>(reader.ReadBits(8));
     sps->seq_parameter_set_id = reader.ReadUe();
     if (sps->seq_parameter_set_id >= MaxSeqParamSets)
-        return Refuse(SpsTag, "seq_param_set_id");
+        return Refuse(reader, SpsTag, "seq_param_set_id");
     if (HasHighProfileSyntax(sps->profile_idc) && !ReadHighProfileBlock(reader))
         return false;
     const u32 log2_max_frame_num_minus4 = reader.ReadUe();
     if (log2_max_frame_num_minus4 > MaxLog2Minus4)
-        return Refuse(SpsTag, "log2_max_frame_num_minus4");
+        return Refuse(reader, SpsTag, "log2_max_frame_num_minus4");
     sps->MaxFrameNum = 16u << log2_max_frame_num_minus4;
     return true;
 }
@@ -287,7 +289,7 @@ bool ReadExplicitSliceGroups(BitReader& reader, PicParamSet* pps, BitReader* sli
         return false;
     for (u64 i = 0; i < mapUnits; ++i) {
         if (reader.ReadBits(bits) >= pps->num_slice_groups)
-            return Refuse(PpsTag, "slice_group_id");
+            return Refuse(reader, PpsTag, "slice_group_id");
     }
     return true;
 }
@@ -295,7 +297,7 @@ bool ReadExplicitSliceGroups(BitReader& reader, PicParamSet* pps, BitReader* sli
 bool ReadSliceGroups(BitReader& reader, PicParamSet* pps, BitReader* sliceGroupIds) {
     pps->slice_group_map_type = reader.ReadUe();
     if (pps->slice_group_map_type > 6)
-        return Refuse(PpsTag, "slice_group_map_type");
+        return Refuse(reader, PpsTag, "slice_group_map_type");
     if (pps->slice_group_map_type == 0) {
         for (u32 group = 0; group < pps->num_slice_groups; ++group)
             pps->run_length_minus1[group] = reader.ReadUe();
@@ -317,24 +319,24 @@ bool ReadReferenceSyntax(BitReader& reader, PicParamSet* pps) {
     constexpr u32 MaxActiveMinus1 = 31;
     const u32 num_ref_idx_l0_active_minus1 = reader.ReadUe();
     if (num_ref_idx_l0_active_minus1 > MaxActiveMinus1)
-        return Refuse(PpsTag, "num_ref_idx_l0_active_minus1");
+        return Refuse(reader, PpsTag, "num_ref_idx_l0_active_minus1");
     pps->num_ref_idx_l0_active = num_ref_idx_l0_active_minus1 + 1;
     const u32 num_ref_idx_l1_active_minus1 = reader.ReadUe();
     if (num_ref_idx_l1_active_minus1 > MaxActiveMinus1)
-        return Refuse(PpsTag, "num_ref_idx_l1_active_minus1");
+        return Refuse(reader, PpsTag, "num_ref_idx_l1_active_minus1");
     pps->num_ref_idx_l1_active = num_ref_idx_l1_active_minus1 + 1;
     const bool weighted_pred_flag = reader.ReadFlag();
     if (weighted_pred_flag)
-        return Refuse(PpsTag, "weighted_pred_flag");
+        return Refuse(reader, PpsTag, "weighted_pred_flag");
     pps->weighted_bipred_idc = reader.ReadBits(2);
-    return pps->weighted_bipred_idc <= 2 || Refuse(PpsTag, "weighted_bipred_idc");
+    return pps->weighted_bipred_idc <= 2 || Refuse(reader, PpsTag, "weighted_bipred_idc");
 }
 
 // pic_init_qp_minus26 and pic_init_qs_minus26
 bool ReadInitialQp(BitReader& reader, i32* qp, const char* field) {
     const i64 value = i64{reader.ReadSe()} + 26;
     if (value < 0 || value > MaxQp)
-        return Refuse(PpsTag, field);
+        return Refuse(reader, PpsTag, field);
     *qp = static_cast<i32>(value);
     return true;
 }
@@ -345,7 +347,7 @@ bool ReadQuantizerSyntax(BitReader& reader, PicParamSet* pps) {
         return false;
     pps->chroma_qp_index_offset = reader.ReadSe();
     if (pps->chroma_qp_index_offset < -12 || pps->chroma_qp_index_offset > 12)
-        return Refuse(PpsTag, "chroma_qp_index_offset");
+        return Refuse(reader, PpsTag, "chroma_qp_index_offset");
     return true;
 }
 
@@ -355,28 +357,28 @@ bool ReadHighProfileTail(BitReader& reader, const PicParamSet& pps) {
     if (!reader.MoreRbspData())
         return true;
     if (reader.ReadFlag())
-        return Refuse(PpsTag, "transform_8x8_mode_flag");
+        return Refuse(reader, PpsTag, "transform_8x8_mode_flag");
     if (reader.ReadFlag())
-        return Refuse(PpsTag, "pic_scaling_matrix_present_flag");
+        return Refuse(reader, PpsTag, "pic_scaling_matrix_present_flag");
     if (reader.ReadSe() != pps.chroma_qp_index_offset)
-        return Refuse(PpsTag, "second_chroma_qp_index_offset");
+        return Refuse(reader, PpsTag, "second_chroma_qp_index_offset");
     return true;
 }
 
 bool ReadPictureHead(BitReader& reader, PicParamSet* pps) {
     pps->pic_parameter_set_id = reader.ReadUe();
     if (pps->pic_parameter_set_id >= MaxPicParamSets)
-        return Refuse(PpsTag, "pic_parameter_set_id");
+        return Refuse(reader, PpsTag, "pic_parameter_set_id");
     pps->seq_parameter_set_id = reader.ReadUe();
     if (pps->seq_parameter_set_id >= MaxSeqParamSets)
-        return Refuse(PpsTag, "seq_param_set_id");
+        return Refuse(reader, PpsTag, "seq_param_set_id");
     const bool entropy_coding_mode_flag = reader.ReadFlag();
     if (entropy_coding_mode_flag)
-        return Refuse(PpsTag, "entropy_coding_mode_flag");
+        return Refuse(reader, PpsTag, "entropy_coding_mode_flag");
     pps->pic_order_present_flag = reader.ReadFlag();
     const u32 num_slice_groups_minus1 = reader.ReadUe();
     if (num_slice_groups_minus1 >= MaxSliceGroups)
-        return Refuse(PpsTag, "num_slice_groups_minus1");
+        return Refuse(reader, PpsTag, "num_slice_groups_minus1");
     pps->num_slice_groups = num_slice_groups_minus1 + 1;
     return true;
 }

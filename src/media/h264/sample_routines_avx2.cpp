@@ -1,5 +1,5 @@
-// The sample routines for AVX2: the same as for SSE2, with sixteen words in one register. All that stands between
-// the pragmas runs only where the processor can do it; nothing shared may be instantiated there.
+// The sample routines for AVX2: the same as for SSE2, with sixteen words in one register. All that stands
+// between the pragmas runs only where the processor can do it; nothing shared may be instantiated there.
 #include "media/h264/sample_routines.h"
 
 #include <cstring>
@@ -29,7 +29,9 @@ struct Words16 {
 
     static Words16 Set(i16 value) { return {_mm256_set1_epi16(value)}; }
     static Words16 WidenBytes(__m128i bytes) { return {_mm256_cvtepu8_epi16(bytes)}; }
-    static Words16 Widen(const u8* p) { return WidenBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))); }
+    static Words16 Widen(const u8* p) {
+        return WidenBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
     // tc0 of the four segments of a luma edge, four samples each.
     static Words16 WidenSegments(const EdgeFilter& filter) {
         const __m128i pairs = Words8::WidenSegments(filter).v; // each twice

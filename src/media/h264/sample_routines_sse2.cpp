@@ -24,7 +24,9 @@ struct Words16 {
     static Words16 WidenBytes(__m128i bytes) {
         return {Words8::WidenBytes(bytes), {_mm_unpackhi_epi8(bytes, _mm_setzero_si128())}};
     }
-    static Words16 Widen(const u8* p) { return WidenBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))); }
+    static Words16 Widen(const u8* p) {
+        return WidenBytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
+    }
     // tc0 of the four segments of a luma edge, four samples each.
     static Words16 WidenSegments(const EdgeFilter& filter) {
         const __m128i pairs = Words8::WidenSegments(filter).v; // each twice
@@ -43,7 +45,9 @@ struct Words16 {
     Words16 Abs() const { return {lo.Abs(), hi.Abs()}; }
     Words16 Clamp(Words16 limit) const { return {lo.Clamp(limit.lo), hi.Clamp(limit.hi)}; }
     Words16 Below(Words16 o) const { return {lo.Below(o.lo), hi.Below(o.hi)}; }
-    Words16 Choose(Words16 yes, Words16 no) const { return {lo.Choose(yes.lo, no.lo), hi.Choose(yes.hi, no.hi)}; }
+    Words16 Choose(Words16 yes, Words16 no) const {
+        return {lo.Choose(yes.lo, no.lo), hi.Choose(yes.hi, no.hi)};
+    }
     bool NoneSet() const { return lo.NoneSet() && hi.NoneSet(); }
 };
 

@@ -19,8 +19,10 @@ constexpr u32 MaxRedundantPicCnt = 127;
 constexpr u32 MaxDisableDeblockingFilterIdc = 2;
 constexpr i32 MaxFilterOffsetDiv2 = 6;
 
-bool Refuse(const char* tag, const char* field) {
-    Log(LogError, tag, "%s", field);
+// Names the field that broke a limit, unless what was read stands in for data that ended early.
+bool Refuse(const BitReader& reader, const char* tag, const char* field) {
+    if (!reader.Failed())
+        Log(LogError, tag, "%s", field);
     return false;
 }
 
@@ -40,13 +42,13 @@ constexpr u32 EndOfReordering = 3;
 bool ReadReorderingCommand(BitReader& reader, ReorderingCommand* command, u32 MaxFrameNum) {
     command->reordering_of_pic_nums_idc = reader.ReadUe();
     if (command->reordering_of_pic_nums_idc > EndOfReordering)
-        return Refuse(ReorderingTag, "reordering_of_pic_nums_idc");
+        return Refuse(reader, ReorderingTag, "reordering_of_pic_nums_idc");
     if (command->reordering_of_pic_nums_idc == 2) {
         command->long_term_pic_num = reader.ReadUe();
     } else if (command->reordering_of_pic_nums_idc < 2) {
         const u32 abs_diff_pic_num_minus1 = reader.ReadUe();
         if (abs_diff_pic_num_minus1 >= MaxFrameNum)
-            return Refuse(ReorderingTag, "abs_diff_pic_num_minus1");
+            return Refuse(reader, ReorderingTag, "abs_diff_pic_num_minus1");
         command->abs_diff_pic_num = abs_diff_pic_num_minus1 + 1;
     }
     return !reader.Failed();
@@ -59,12 +61,12 @@ bool ReadReordering(BitReader& reader, RefPicListReordering* reordering, u32 num
         return true;
     for (u32 i = 0;; ++i) {
         if (i > numActive)
-            return Refuse(ReorderingTag, "Too many reordering commands");
+            return Refuse(reader, ReorderingTag, "Too many reordering commands");
         ReorderingCommand& command = reordering->commands[i];
         if (!ReadReorderingCommand(reader, &command, MaxFrameNum))
             return false;
         if (command.reordering_of_pic_nums_idc == EndOfReordering)
-            return i > 0 || Refuse(ReorderingTag, "ref_pic_list_reordering");
+            return i > 0 || Refuse(reader, ReorderingTag, "ref_pic_list_reordering");
     }
 }
 
@@ -74,7 +76,7 @@ bool ReadReordering(BitReader& reader, RefPicListReordering* reordering, u32 num
 bool ReadMarkingOperation(BitReader& reader, MarkingOperation* operation, u32 num_ref_frames) {
     const u32 code = operation->memory_management_control_operation = reader.ReadUe();
     if (code > 6)
-        return Refuse(MarkingTag, "memory_management_control_operation");
+        return Refuse(reader, MarkingTag, "memory_management_control_operation");
     if (code == 1 || code == 3)
         operation->difference_of_pic_nums = reader.ReadUe() + 1;
     if (code == 2)
@@ -84,7 +86,7 @@ bool ReadMarkingOperation(BitReader& reader, MarkingOperation* operation, u32 nu
     if (code == 4) {
         const u32 max_long_term_frame_idx_plus1 = reader.ReadUe();
         if (max_long_term_frame_idx_plus1 > num_ref_frames)
-            return Refuse(MarkingTag, "max_long_term_frame_idx_plus1");
+            return Refuse(reader, MarkingTag, "max_long_term_frame_idx_plus1");
         operation->max_long_term_frame_idx =
             max_long_term_frame_idx_plus1 == 0 ? NoLongTermFrameIndices : max_long_term_frame_idx_plus1 - 1;
     }
@@ -101,7 +103,7 @@ bool ReadMarkingOperations(BitReader& reader, DecRefPicMarking* marking, u32 num
     u32 count[7] = {}; // [memory_management_control_operation]
     for (u32 i = 0;; ++i) {
         if (i >= 2 * num_ref_frames + 3)
-            return Refuse(MarkingTag, "Too many management operations");
+            return Refuse(reader, MarkingTag, "Too many management operations");
         MarkingOperation& operation = marking->operations[i];
         if (!ReadMarkingOperation(reader, &operation, num_ref_frames))
             return false;
@@ -117,7 +119,7 @@ bool ReadMarking(BitReader& reader, DecRefPicMarking* marking, const NalUnit& na
         marking->no_output_of_prior_pics_flag = reader.ReadFlag();
         marking->long_term_reference_flag = reader.ReadFlag();
         if (marking->long_term_reference_flag && num_ref_frames == 0)
-            return Refuse(MarkingTag, "long_term_reference_flag");
+            return Refuse(reader, MarkingTag, "long_term_reference_flag");
         return true;
     }
     marking->adaptive_ref_pic_marking_mode_flag = reader.ReadFlag();
@@ -145,21 +147,21 @@ bool ReadHead(BitReader& reader, SliceHeader* header, const SeqParamSet& sps, co
               const NalUnit& nalUnit) {
     header->first_mb_in_slice = reader.ReadUe();
     if (header->first_mb_in_slice >= sps.PicSizeInMbs())
-        return Refuse(HeaderTag, "first_mb_in_slice");
+        return Refuse(reader, HeaderTag, "first_mb_in_slice");
     const u32 slice_type = reader.ReadUe();
     if (!SliceTypeAllowed(slice_type, nalUnit, sps))
-        return Refuse(HeaderTag, "slice_type");
+        return Refuse(reader, HeaderTag, "slice_type");
     header->slice_type = static_cast<SliceType>(slice_type);
     header->pic_parameter_set_id = reader.ReadUe();
     if (header->pic_parameter_set_id != pps.pic_parameter_set_id)
-        return Refuse(HeaderTag, "pic_parameter_set_id");
+        return Refuse(reader, HeaderTag, "pic_parameter_set_id");
     header->frame_num = reader.ReadBits(FrameNumBits(sps));
     if (nalUnit.IsIdr() && header->frame_num != 0)
-        return Refuse(HeaderTag, "frame_num");
+        return Refuse(reader, HeaderTag, "frame_num");
     if (nalUnit.IsIdr()) {
         header->idr_pic_id = reader.ReadUe();
         if (header->idr_pic_id > MaxIdrPicId)
-            return Refuse(HeaderTag, "idr_pic_id");
+            return Refuse(reader, HeaderTag, "idr_pic_id");
     }
     return true;
 }
@@ -197,7 +199,7 @@ bool ReadRedundantPicCnt(BitReader& reader, SliceHeader* header, const PicParamS
     if (!pps.redundant_pic_cnt_present_flag)
         return true;
     header->redundant_pic_cnt = reader.ReadUe();
-    return header->redundant_pic_cnt <= MaxRedundantPicCnt || Refuse(HeaderTag, "redundant_pic_cnt");
+    return header->redundant_pic_cnt <= MaxRedundantPicCnt || Refuse(reader, HeaderTag, "redundant_pic_cnt");
 }
 
 bool ReadActiveReferences(BitReader& reader, SliceHeader* header, const PicParamSet& pps) {
@@ -207,11 +209,11 @@ bool ReadActiveReferences(BitReader& reader, SliceHeader* header, const PicParam
     if (!header->num_ref_idx_active_override_flag) {
         header->num_ref_idx_l0_active = pps.num_ref_idx_l0_active;
         return header->num_ref_idx_l0_active <= MaxRefFrames ||
-               Refuse(HeaderTag, "num_ref_idx_active_override_flag");
+               Refuse(reader, HeaderTag, "num_ref_idx_active_override_flag");
     }
     const u32 num_ref_idx_l0_active_minus1 = reader.ReadUe();
     if (num_ref_idx_l0_active_minus1 >= MaxRefFrames)
-        return Refuse(HeaderTag, "num_ref_idx_l0_active_minus1");
+        return Refuse(reader, HeaderTag, "num_ref_idx_l0_active_minus1");
     header->num_ref_idx_l0_active = num_ref_idx_l0_active_minus1 + 1;
     return true;
 }
@@ -219,7 +221,7 @@ bool ReadActiveReferences(BitReader& reader, SliceHeader* header, const PicParam
 bool ReadFilterOffset(BitReader& reader, i32* offset, const char* field) {
     const i32 div2 = reader.ReadSe();
     if (div2 < -MaxFilterOffsetDiv2 || div2 > MaxFilterOffsetDiv2)
-        return Refuse(HeaderTag, field);
+        return Refuse(reader, HeaderTag, field);
     *offset = div2 * 2;
     return true;
 }
@@ -228,12 +230,12 @@ bool ReadQuantizerAndFilter(BitReader& reader, SliceHeader* header, const PicPar
     header->slice_qp_delta = reader.ReadSe();
     const i64 qp = i64{pps.pic_init_qp} + header->slice_qp_delta;
     if (qp < 0 || qp > MaxQp)
-        return Refuse(HeaderTag, "slice_qp_delta");
+        return Refuse(reader, HeaderTag, "slice_qp_delta");
     if (!pps.deblocking_filter_control_present_flag)
         return true;
     header->disable_deblocking_filter_idc = reader.ReadUe();
     if (header->disable_deblocking_filter_idc > MaxDisableDeblockingFilterIdc)
-        return Refuse(HeaderTag, "disable_deblocking_filter_idc");
+        return Refuse(reader, HeaderTag, "disable_deblocking_filter_idc");
     return header->disable_deblocking_filter_idc == 1 ||
            (ReadFilterOffset(reader, &header->filterOffsetA, "slice_alpha_c0_offset_div2") &&
             ReadFilterOffset(reader, &header->filterOffsetB, "slice_beta_offset_div2"));
@@ -247,7 +249,8 @@ bool ReadSliceGroupChangeCycle(BitReader& reader, SliceHeader* header, const Seq
     const u64 rate = pps.SliceGroupChangeRate();
     const u64 cycles = (sps.PicSizeInMbs() + rate - 1) / rate;
     header->slice_group_change_cycle = reader.ReadBits(static_cast<u32>(std::bit_width(cycles)));
-    return header->slice_group_change_cycle <= cycles || Refuse(HeaderTag, "slice_group_change_cycle");
+    return header->slice_group_change_cycle <= cycles ||
+           Refuse(reader, HeaderTag, "slice_group_change_cycle");
 }
 
 } // namespace
