@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 #include "foundation/decompressor.h"
 
@@ -46,7 +47,14 @@ public:
     Match Find(size_t at) const {
         Match best;
         uint32_t limit = static_cast<uint32_t>(std::min<size_t>(kLongestMatch, m_text.size() - at));
-        for (uint32_t position = 0; position < kWindowSize && best.length < limit; position++) {
+        const uint8_t* begin = m_window.data();
+        const uint8_t* end = begin + kWindowSize;
+        for (const uint8_t* candidate = begin; best.length < limit && candidate != end; candidate++) {
+            size_t rest = static_cast<size_t>(end - candidate);
+            candidate = static_cast<const uint8_t*>(memchr(candidate, m_text[at], rest));
+            if (!candidate)
+                break;
+            uint32_t position = static_cast<uint32_t>(candidate - begin);
             uint32_t length = CommonLength(position, at, std::min(limit, kWindowSize - position));
             if (length >= kShortestMatch && length > best.length)
                 best = {position, length};
