@@ -187,10 +187,7 @@ TEST(VectorFill, CurvesAreRoundWithinAFewStepsOfCoverage) {
 
 TEST(VectorFill, AHoleDependsOnTheFillRule) {
     VPath path = ToPath({{10, 50}, {50, 10}, {90, 50}, {50, 90}});
-    const VPath hole = ToPath({{30, 50}, {50, 30}, {70, 50}, {50, 70}});
-    for (const VPointF point : hole.points())
-        point == hole.points()[0] ? path.moveTo(point) : path.lineTo(point);
-    path.close();
+    path.addPath(ToPath({{30, 50}, {50, 30}, {70, 50}, {50, 70}}));
     EXPECT_EQ(Picture(Fill(path, VFillRule::NonZero), 100, 100).at(50, 50), 255);
     EXPECT_EQ(Picture(Fill(path, VFillRule::EvenOdd), 100, 100).at(50, 50), 0);
     EXPECT_EQ(Picture(Fill(path, VFillRule::EvenOdd), 100, 100).at(20, 50), 255);

@@ -97,8 +97,9 @@ Angle Rounded(Angle angle) {
     return angle < 0 ? -magnitude : magnitude;
 }
 
+// The result can be negated.
 int32_t Cut(int64_t value) {
-    return static_cast<int32_t>(std::clamp<int64_t>(value, INT32_MIN, INT32_MAX));
+    return static_cast<int32_t>(std::clamp<int64_t>(value, -INT32_MAX, INT32_MAX));
 }
 
 } // namespace
@@ -106,7 +107,7 @@ int32_t Cut(int64_t value) {
 int32_t MulDiv(int32_t value, int32_t factor, int32_t divisor) {
     const int64_t product = int64_t{value} * factor;
     if (divisor == 0)
-        return product < 0 ? INT32_MIN : INT32_MAX;
+        return product < 0 ? -INT32_MAX : INT32_MAX;
     const int64_t half = std::abs(int64_t{divisor}) / 2;
     return Cut((product < 0 ? product - half : product + half) / divisor);
 }

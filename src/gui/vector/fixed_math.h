@@ -17,7 +17,7 @@ inline constexpr Angle kAngle180 = 0xB40000;
 inline constexpr Angle kAngle360 = 0x1680000;
 inline constexpr Fixed kFixedUnit = 0x10000; // 1.0
 
-// value * factor / divisor, rounded to nearest; cut to the 32-bit range, also for a divisor of 0.
+// value * factor / divisor, rounded to nearest; cut to +-INT32_MAX, also for a divisor of 0.
 int32_t MulDiv(int32_t value, int32_t factor, int32_t divisor);
 
 // Normalised to (-180, 180].

@@ -104,6 +104,16 @@ void VPath::addArc(VPointF centre, float radius, float startAngle, float sweep) 
     }
 }
 
+void VPath::addPath(const VPath& other) {
+    const VPath source(other); // it may be this path
+    Data& own = data.Write();
+    for (const VPointF& point : source.points())
+        own.points.Add(point);
+    for (const Element element : source.elements())
+        own.elements.Add(element);
+    own.segments += source.segments();
+}
+
 void VPath::transform(const VMatrix& matrix) {
     if (matrix.isIdentity() || empty())
         return;

@@ -36,6 +36,9 @@ public:
     // An open arc; angles in degrees, clockwise from the right.
     void addArc(VPointF centre, float radius, float startAngle, float sweep);
 
+    // All sub-paths of another path behind the own ones.
+    void addPath(const VPath& other);
+
     void transform(const VMatrix& matrix);
 
     bool empty() const { return data.Read().elements.IsEmpty(); }
