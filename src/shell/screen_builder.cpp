@@ -72,13 +72,12 @@ int32_t ShadingKind(const CVrStructureItem& group) {
     return kind;
 }
 
-// Root first, children in order.
-void CollectAudioZones(CVrStructureItem& item, CVrxPtrArray& zones) {
-    if (item.IsAudioZone())
-        zones.Add(&item);
-    for (CVrStructureItem* child : item.children)
-        if (child)
-            CollectAudioZones(*child, zones);
+// Root first, children in order. Houses may be nested as deep as they like, so this walk does not recurse.
+void CollectAudioZones(CVrStructureItem& root, VrPtrs<CVrStructureItem>& zones) {
+    zones.Clear();
+    for (CVrStructureItem* item = &root; item; item = item->NextBelow(root))
+        if (item->IsAudioZone())
+            zones.Add(item);
 }
 
 } // namespace
@@ -175,9 +174,7 @@ void CVrGuiMainWin::CreateSharedElements(CVrGuiElement& home) {
 void CVrGuiMainWin::CreateContent(CVrStructureItem* rootItem) {
     if (!rootItem || menu)
         return;
-    CVrxPtrArray& zones = TheApplication()->Structure()->audioZones;
-    zones.Clear();
-    CollectAudioZones(*rootItem, zones);
+    CollectAudioZones(*rootItem, TheApplication()->Structure()->audioZones);
     menu = CreateChild<CVrGuiMenu>("CVrGuiMenu", false);
     if (!menu)
         return;
