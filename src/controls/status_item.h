@@ -10,6 +10,8 @@ public:
 
     bool ReadOwnKeys(const CVrJsonValue& object) override;
     CVrxStringU GetPageClass() const override;
+    bool IsReadOnlyValue() const override { return !IsWritable(); }
+    bool IsOnOffValue() const override { return ioType == IoDigital; }
 
     // Only an analog value can be set here; all others are shown alone, whatever the structure says.
     bool IsWritable() const { return writable && ioType == IoAnalog; }

@@ -78,13 +78,6 @@ struct CVrGuiButton::Lines {
     int32_t secondHeight = 0; // 0 without a second line
 };
 
-// Where things are painted, in coordinates of the target store.
-struct CVrGuiButton::Placement {
-    CVrPoint symbol;
-    CVrPoint first;
-    CVrPoint second;
-};
-
 CVrGuiButton::CVrGuiButton() {
     type = ElementType::ActionbarBtn;
     className = "CVrGuiButton";
@@ -272,30 +265,34 @@ void CVrGuiButton::DrawContent() {
     PlaceSymbol(place, origin);
     PlaceTextX(place, lines, origin);
     PlaceTextY(place, lines, origin);
-    if (image)
-        DrawPicture(*target, place, origin);
+    DrawUnderlay(*target, place, origin);
     DrawTextLines(*target, place, lines);
     DrawSymbol(*target, place);
     DrawAddIcon(*target, origin);
     ApplyAlphaRamp();
 }
 
-void CVrGuiButton::DrawPicture(CVrGuiElement& target, Placement& place, const CVrPoint& origin) {
-    const int32_t radius = style ? style->element.rad : kDefaultPictureRadius;
-    const CVrRect area(origin, rect.Size());
-    target.DrawRoundImage(area, radius, image);
-    const int32_t pictureHeight = static_cast<int32_t>(image->height);
+void CVrGuiButton::PlaceTextByPicture(Placement& place) const {
     CVrPoint by;
     if (Has(LayoutTextBelow))
-        by.y += pictureHeight;
+        by.y += static_cast<int32_t>(image->height);
     if (Has(LayoutTextBottom))
         by = by + CVrPoint(kPictureTextIndent, -kPictureTextLift);
     place.first = place.first + by;
     place.second = place.second + by;
+}
+
+void CVrGuiButton::DrawUnderlay(CVrGuiElement& target, Placement& place, const CVrPoint& origin) {
+    if (!image)
+        return;
+    const int32_t radius = style ? style->element.rad : kDefaultPictureRadius;
+    const CVrRect area(origin, rect.Size());
+    target.DrawRoundImage(area, radius, image);
+    PlaceTextByPicture(place);
     if (HasSymbol())
         TintPicture(target,
                     CVrRect(origin.x, origin.y, std::min(area.width, static_cast<int32_t>(image->width)),
-                            std::min(area.height, pictureHeight)),
+                            std::min(area.height, static_cast<int32_t>(image->height))),
                     radius);
 }
 
@@ -310,7 +307,7 @@ void CVrGuiButton::DrawTextLines(CVrGuiElement& target, const Placement& place, 
                     BackgroundColor(), rect.width);
     if (lines.hasSecond && lines.secondFont)
         target.DrawText(place.second.Moved(textOffsetX, 0), *lines.secondFont, lines.second.CStr(),
-                        TextColor(), BackgroundColor(), rect.width);
+                        SecondLineColor(), BackgroundColor(), rect.width);
 }
 
 void CVrGuiButton::DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines) {

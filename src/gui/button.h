@@ -83,24 +83,36 @@ public:
     int32_t iconOffsetX = 0;
     int32_t stackGap = 10; // between symbol and text when stacked
 
-private:
-    struct Lines;
-    struct Placement;
+protected:
+    // Where things are painted, in coordinates of the target store.
+    struct Placement {
+        CVrPoint symbol;
+        CVrPoint first;  // first line of the text
+        CVrPoint second;
+    };
 
     bool Has(uint32_t bits) const { return (layout & bits) != 0; }
-    bool IsStacked() const { return (layout & LayoutStacked) == LayoutStacked; }
     bool HasSymbol() const;
+    // What lies under text and symbol: the picture, if there is one. May move the text.
+    virtual void DrawUnderlay(CVrGuiElement& target, Placement& place, const CVrPoint& origin);
+    // Moves the text to its place below or over the picture.
+    void PlaceTextByPicture(Placement& place) const;
+    virtual uint32_t SecondLineColor() const { return TextColor(); }
+    virtual void DrawAddIcon(CVrGuiElement& target, const CVrPoint& origin);
+
+private:
+    struct Lines;
+
+    bool IsStacked() const { return (layout & LayoutStacked) == LayoutStacked; }
     uint32_t ShownIconSize() const;
     void SplitText(Lines& lines) const;
     void MeasureLines(Lines& lines) const;
     void PlaceSymbol(Placement& place, const CVrPoint& origin) const;
     void PlaceTextX(Placement& place, Lines& lines, const CVrPoint& origin) const;
     void PlaceTextY(Placement& place, const Lines& lines, const CVrPoint& origin) const;
-    void DrawPicture(CVrGuiElement& target, Placement& place, const CVrPoint& origin);
     void DrawTextLines(CVrGuiElement& target, const Placement& place, const Lines& lines);
     void DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines);
     void DrawSymbol(CVrGuiElement& target, const Placement& place);
-    void DrawAddIcon(CVrGuiElement& target, const CVrPoint& origin);
     void ApplyAlphaRamp();
     int32_t GapOfText() const;
     int32_t GapOfSymbol() const;

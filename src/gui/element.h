@@ -290,7 +290,10 @@ public:
     uint32_t BackgroundColor() const { return colors[ColorBackground + StateIndex()]; }
     uint32_t TextColor() const { return colors[ColorText + StateIndex()]; }
     uint32_t SymbolColor() const { return colors[ColorSymbol + StateIndex()]; }
-    bool HasBackground() const { return colorIndex[ColorBackground + StateIndex()] != 0; }
+    // False for a transparent colour and for one that was set to kUnpainted: then nothing is painted.
+    bool HasBackground() const {
+        return colorIndex[ColorBackground + StateIndex()] != 0 && BackgroundColor() != kUnpainted;
+    }
     // Corner radius in pixels: the element's own, else its style's, else 15.
     int32_t CornerRadius() const;
     // `text` of all ancestors and of the element, root first, separated by ".".

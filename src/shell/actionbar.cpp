@@ -56,12 +56,18 @@ void CVrGuiActionbarBtn::OnTouchUp(const CVrPoint&) {
 bool CVrGuiActionbarBtn::OnPressCancelled() {
     if (state == StateSelected && !IsLatching())
         Release();
+    else
+        LetGo();
     return true;
 }
 
-void CVrGuiActionbarBtn::Release() {
+void CVrGuiActionbarBtn::LetGo() {
     if (TheApplication()->Capture() == this)
         TheApplication()->SetCapture(nullptr);
+}
+
+void CVrGuiActionbarBtn::Release() {
+    LetGo();
     CVrElementRef<> self(this);
     if (owner)
         owner->OnChildEvent(this, id, kPressEnded);
@@ -94,7 +100,9 @@ void CVrGuiActionbar::CreateContent(CVrStructureItem* newItem) {
 }
 
 bool CVrGuiActionbar::ApplyLayout() {
+    const int32_t y = rect.y;
     CVrGuiElement::ApplyLayout();
+    SetY(y);
     if (ChildCount() == 0 || rect.width < 1)
         return true;
     int32_t shown = 0;

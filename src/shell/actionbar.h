@@ -32,6 +32,7 @@ public:
     CVrElementRef<> owner; // the page that gets the events
 
 private:
+    void LetGo();
     void Release();
 };
 
@@ -42,6 +43,7 @@ public:
     CVrGuiActionbar();
 
     uint32_t GetCornerMask() const override { return CornerAll; }
+    // The visible buttons share the width. The y stays where the page has put the bar.
     bool ApplyLayout() override;
     void CreateContent(CVrStructureItem* newItem) override;
     void OnChildSelected(CVrGuiElement* child, uint32_t newState) override;

@@ -2,9 +2,13 @@
 
 #include "foundation/class_factory.h"
 #include "gui/plain_text.h"
+#include "shell/actionbar.h"
 #include "shell/frame_area.h"
 #include "shell/main_window.h"
+#include "shell/popup_frame.h"
+#include "shell/popup_menu.h"
 #include "structure/item.h"
+#include "structure/object_types.h"
 #include "structure/style_sheet.h"
 
 VR_REGISTER_ELEMENT(CVrGuiFrame)
@@ -13,6 +17,8 @@ namespace {
 
 constexpr uint32_t kComingSoonIconSize = 64; // pixels
 constexpr int32_t kComingSoonStackGap = 30;
+constexpr uint32_t kGroupButton = 3; // of the action bar: the players of a group
+constexpr int32_t kGroupButtonId = 3, kGroupButtonSymbol = 10010;
 
 } // namespace
 
@@ -78,13 +84,14 @@ CVrRect CVrGuiFrame::GetContentRect() {
 
 void CVrGuiFrame::ReserveActionbarSpace() {
     const CVrGuiMainWin* root = MainWindow();
-    if (!root || !root->actionbar || root->actionbar->IsHidden())
+    if (!root || !frameArea || !root->actionbar || root->actionbar->IsHidden())
         return;
     const CVrGuiElement& bar = *root->actionbar;
     frameArea->rect.height -= bar.rect.height;
     frameArea->canvasSize = CVrSize(frameArea->rect.width, frameArea->rect.height);
     if (CVrGuiElement* slider = root->popupSliderFrame) {
-        if (SharesParentWith(*slider, bar))
+        // One that is up stays where its page has put it.
+        if (slider->IsHidden() && SharesParentWith(*slider, bar))
             slider->SetY(bar.rect.y - bar.rect.height);
         slider->ApplyLayout();
     }
@@ -210,12 +217,7 @@ void CVrGuiFrame::Activate() {
 
 void CVrGuiFrame::ActivateActionbar() {
     CVrGuiMainWin& root = *MainWindow();
-    for (CVrGuiElement* shared : {root.actionbar, root.popupFrame, root.popupSliderFrame}) {
-        if (!shared)
-            continue;
-        shared->SetParent(this);
-        shared->SetHidden(shared != root.actionbar);
-    }
+    root.LendSharedElements(*this);
     SetupActionbar();
     FillPopup();
     ApplyLayout();
@@ -228,6 +230,8 @@ void CVrGuiFrame::ActivateActionbar() {
     if (CVrGuiElement* slider = root.popupSliderFrame)
         slider->SetY(SharesParentWith(*slider, *bar) ? bar->rect.y : 0);
     if (CVrGuiElement* popup = root.popupFrame) {
+        if (CVrGuiElement* list = root.popupFrame->popupMenu)
+            list->CreateContent(nullptr);
         const int32_t gap = GetStyleValue(StyleValue::ActionbarGap);
         popup->SetY(SharesParentWith(*popup, *bar) ? bar->rect.y - popup->rect.height - gap : -gap);
     }
@@ -236,16 +240,22 @@ void CVrGuiFrame::ActivateActionbar() {
 void CVrGuiFrame::HideActionbar() {
     CVrGuiMainWin& root = *MainWindow();
     root.ResetActionbarButtons();
-    for (CVrGuiElement* shared : {root.actionbar, root.popupFrame, root.popupSliderFrame})
-        if (shared)
-            shared->SetHidden(true);
+    root.HideSharedElements();
     ApplyLayout();
 }
 
 void CVrGuiFrame::SetupActionbar() {
-    CVrGuiElement* bar = MainWindow() ? MainWindow()->actionbar : nullptr;
+    CVrGuiActionbar* bar = MainWindow() ? MainWindow()->actionbar : nullptr;
     if (!bar)
         return;
+    for (uint32_t i = 0; i < CVrGuiActionbar::kMaxButtons; i++)
+        if (CVrGuiActionbarBtn* button = bar->Button(i))
+            FitIcon(*button);
     bar->item = item;
+    if (HasGroupMenu() && item && item->type == ObjectType::MusicPlayer)
+        bar->SetButton(kGroupButton, this, kGroupButtonId, StaticSymbolName(kGroupButtonSymbol),
+                       ActionKind::OpensMenu);
+    else if (CVrGuiElement* button = bar->Button(kGroupButton))
+        button->SetHidden(true);
     bar->Invalidate();
 }

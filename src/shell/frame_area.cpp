@@ -1,8 +1,11 @@
 #include "shell/frame_area.h"
 
 #include "foundation/class_factory.h"
+#include "shell/actionbar.h"
 #include "shell/frame.h"
 #include "shell/main_window.h"
+#include "shell/popup_frame.h"
+#include "shell/tree_list_button.h"
 #include "structure/object_types.h"
 #include "structure/style_sheet.h"
 
@@ -76,9 +79,17 @@ void CVrGuiFrameArea::ClearSelection() {
 }
 
 void CVrGuiFrameArea::OnDragBegin() {
+    constexpr uint32_t kMenuButton = 3; // the one that opens the popup frame
     CVrGuiMainWin* root = MainWindow();
-    if (root)
-        root->ClosePopups();
+    if (!root)
+        return;
+    if (root->popupSliderFrame)
+        root->popupSliderFrame->SetHidden(true);
+    if (!root->popupFrame || root->popupFrame->IsHidden())
+        return;
+    root->popupFrame->SetHidden(true);
+    if (CVrGuiActionbarBtn* button = root->actionbar ? root->actionbar->Button(kMenuButton) : nullptr)
+        button->ShowState(StateNormal);
 }
 
 // ---------------------------------------------------------------------------------------------- the grid
@@ -216,9 +227,21 @@ bool CVrGuiFrameArea::ApplyLayout() {
         EnterScrollMode(frame, tiles);
     else
         SetFixed();
+    SetTileEvents();
     if (animateLayout)
         StartGlide();
     return false;
+}
+
+// Which touches the tiles take: a list that scrolls leaves the down event to itself, unless a push button wants it.
+void CVrGuiFrameArea::SetTileEvents() {
+    ForEachChild([this](CVrGuiElement& child) {
+        if (child.type != ElementType::TreeListBtn)
+            return;
+        const auto& tile = static_cast<const CVrGuiTreeListBtn&>(child);
+        const bool takesDown = scrollState == ScrollState::Fixed || tile.pushMode;
+        child.eventMask = tile.statusRow ? 0 : takesDown ? EventDown | EventUp : EventUp;
+    });
 }
 
 // What a tile asks for: its style's height, or the whole area's where the style gives none.

@@ -71,6 +71,7 @@ private:
     void PlaceChildren(CVrGuiFrame* frame, TileColumn& tiles, int32_t height);
     void PlaceTile(CVrGuiElement& tile, TileColumn& tiles, int32_t placed, int32_t height);
     int32_t PlaceListButton(CVrGuiElement& child, int32_t y) const;
+    void SetTileEvents();
     void EnterScrollMode(CVrGuiFrame* frame, const TileColumn& tiles);
     void FinishRunningTween();
     void StartGlide();

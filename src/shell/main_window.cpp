@@ -5,17 +5,24 @@
 #include "foundation/log.h"
 #include "gui/application.h"
 #include "platform/stop_signal.h"
+#include "shell/actionbar.h"
 #include "shell/frame.h"
 #include "shell/frame_area.h"
 #include "shell/menu_button.h"
+#include "shell/popup_frame.h"
+#include "shell/popup_menu.h"
+#include "shell/popup_slider.h"
 #include "structure/item.h"
 #include "structure/structure.h"
+
+#include <initializer_list>
 
 VR_REGISTER_ELEMENT(CVrGuiMainWin)
 
 namespace {
 
 constexpr uint32_t kTimerPeriodMs = 50;
+constexpr uint8_t kRestDark = 0, kRestNever = 5; // values of `restMode`
 
 bool IsUp(const CVrGuiElement* popup) {
     return popup && !popup->IsHidden();
@@ -74,7 +81,10 @@ void CVrGuiMainWin::AdoptStyle() {
 
 void CVrGuiMainWin::ClearChildLinks() {
     menu = nullptr;
-    actionbar = popupFrame = popupSliderFrame = pairingScreen = screenSaver = nullptr;
+    actionbar = nullptr;
+    popupFrame = nullptr;
+    popupSliderFrame = nullptr;
+    pairingScreen = screenSaver = nullptr;
     hitElement = nullptr;
 }
 
@@ -157,9 +167,32 @@ void CVrGuiMainWin::ClosePopups() {
         popupSliderFrame->SetHidden(true);
 }
 
-void CVrGuiMainWin::EmptyPopups() {}
+void CVrGuiMainWin::EmptyPopups() {
+    if (popupSliderFrame && popupSliderFrame->popupSlider)
+        popupSliderFrame->popupSlider->DeleteChildren();
+    if (popupFrame && popupFrame->popupMenu)
+        popupFrame->popupMenu->DeleteChildren();
+}
 
-void CVrGuiMainWin::ResetActionbarButtons() {}
+void CVrGuiMainWin::ResetActionbarButtons() {
+    if (actionbar)
+        actionbar->ResetButtons();
+}
+
+void CVrGuiMainWin::LendSharedElements(CVrGuiElement& page) {
+    for (CVrGuiElement* shared : std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame}) {
+        if (!shared)
+            continue;
+        shared->SetParent(&page);
+        shared->SetHidden(shared != actionbar);
+    }
+}
+
+void CVrGuiMainWin::HideSharedElements() {
+    for (CVrGuiElement* shared : std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame})
+        if (shared)
+            shared->SetHidden(true);
+}
 
 // ---------------------------------------------------------------------------------------------- touch filter
 
@@ -212,7 +245,7 @@ void CVrGuiMainWin::WakeFromDark(uint32_t eventType) {
 
 // A tap on the content beside the popups; the menu row and the action bar keep their taps.
 bool CVrGuiMainWin::TapClosesPopup(const CVrPoint& point) const {
-    for (const CVrGuiElement* popup : {popupFrame, popupSliderFrame})
+    for (const CVrGuiElement* popup : std::initializer_list<const CVrGuiElement*>{popupFrame, popupSliderFrame})
         if (IsUp(popup) && ScreenRectContains(*popup, point))
             return false;
     return LiesInFrameArea(*this, point);
@@ -230,9 +263,67 @@ void CVrGuiMainWin::RestartTimer() {
     InvalidateTree();
 }
 
-bool CVrGuiMainWin::OnTimer(uint64_t) {
-    if (!loading)
+namespace {
+
+bool HoldsOffRest(const CVrStructureItem* item) {
+    return item && item->activeController && item->IsActive();
+}
+
+// Whether a page serves an active controller that runs: its own item, those of a group page, or, where it has none of
+// these, the members of its group.
+bool ServesRunningControl(const CVrGuiFrame& page) {
+    if (HoldsOffRest(page.item))
+        return true;
+    for (uint32_t i = 0; i < page.items.GetSize(); i++)
+        if (HoldsOffRest(static_cast<const CVrStructureItem*>(page.items[i])))
+            return true;
+    if (page.items.GetSize() > 0 || !page.item || !page.item->IsGroup())
         return false;
-    RepaintAll(); // the spinner turns
+    for (const CVrStructureItem* member : page.item->children)
+        if (HoldsOffRest(member))
+            return true;
+    return false;
+}
+
+} // namespace
+
+// The tree is at most kMaxDepth levels deep.
+CVrGuiElement* CVrGuiMainWin::FindActiveControl(CVrGuiElement* element) const {
+    if (!element || (element->IsHidden() && element != this))
+        return nullptr;
+    if (element->type == ElementType::Frame && ServesRunningControl(static_cast<const CVrGuiFrame&>(*element)))
+        return element;
+    for (uint32_t i = 0; i < element->ChildCount(); i++)
+        if (CVrGuiElement* found = FindActiveControl(element->Child(i)))
+            return found;
+    return nullptr;
+}
+
+// Whether the display has been left alone for so long that it rests. What holds the rest off counts as an
+// interaction: a running control postpones it by a whole timeout.
+bool CVrGuiMainWin::RestIsDue(uint64_t now) {
+    if (idle || keepOn || interactionTimeout == 0 || now <= lastInteraction + interactionTimeout)
+        return false;
+    if (restMode == kRestNever || (!eco && restMode != kRestDark && FindActiveControl(this))) {
+        lastInteraction = now;
+        return false;
+    }
     return true;
+}
+
+bool CVrGuiMainWin::OnTimer(uint64_t now) {
+    if (loading) {
+        RepaintAll(); // the spinner turns
+        return true;
+    }
+    if (!RestIsDue(now))
+        return false;
+    idle = true;
+    idleSince = now;
+    EnterIdle();
+    return true;
+}
+
+void CVrGuiMainWin::EnterIdle() {
+    Invalidate();
 }

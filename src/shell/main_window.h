@@ -10,8 +10,11 @@
 #include "gui/element.h"
 #include "shell/menu.h"
 
+class CVrGuiActionbar;
 class CVrGuiFrame;
 class CVrGuiMenuBtn;
+class CVrGuiPopupFrame;
+class CVrGuiPopupSliderFrame;
 
 class CVrGuiMainWin : public CVrGuiElement {
 public:
@@ -49,20 +52,27 @@ public:
     void DrawStatusPanel(const char* statusText, bool withSpinner);
     // A visible popup frame or popup slider frame.
     bool IsPopupUp() const;
-    // Hides both popups and takes the mark off the action bar's buttons.
+    // Hides the popups that are up. With the popup frame goes the mark of the buttons that open popups.
     void ClosePopups();
     // Deletes the rows of the popups: they are never carried from one page to another.
     void EmptyPopups();
+    // Takes the mark off every button of the action bar that opens a popup.
     void ResetActionbarButtons();
+    // Parent and visibility of what the pages share: all hang under `page`; the bar shows, the popups do not.
+    void LendSharedElements(CVrGuiElement& page);
+    void HideSharedElements();
     // Flags everything for a repaint, hidden or not.
     void RepaintAll();
-    // First running control that a visible page serves; it postpones the rest. Null when nothing runs.
-    CVrGuiElement* FindActiveControl(CVrGuiElement* element);
+    // The first visible page that serves a running control marked as the room's active one; it postpones the rest.
+    // Null when nothing runs.
+    CVrGuiElement* FindActiveControl(CVrGuiElement* element) const;
+    // The display begins to rest.
+    void EnterIdle();
 
     CVrGuiMenu* menu = nullptr;                 // child; null until CreateContent
-    CVrGuiElement* actionbar = nullptr;         // owned by the page that it hangs under at the moment
-    CVrGuiElement* popupFrame = nullptr;        // likewise
-    CVrGuiElement* popupSliderFrame = nullptr;  // likewise
+    CVrGuiActionbar* actionbar = nullptr;       // owned by the page that it hangs under at the moment
+    CVrGuiPopupFrame* popupFrame = nullptr;     // likewise
+    CVrGuiPopupSliderFrame* popupSliderFrame = nullptr; // likewise
     CVrGuiElement* pairingScreen = nullptr;     // child, made on demand
     CVrGuiElement* screenSaver = nullptr;       // child, made on demand
     uint32_t brightness = 60;                   // percent
@@ -96,6 +106,7 @@ public:
 private:
     void WakeFromDark(uint32_t eventType);
     bool TapClosesPopup(const CVrPoint& point) const;
+    bool RestIsDue(uint64_t now);
     void AddLeafEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);
     void AddGroupEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);
     CVrGuiFrame* AddPage(const CVrxStringU& pageClass, CVrStructureItem& entry, int32_t pageType);

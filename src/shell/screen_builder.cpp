@@ -2,10 +2,12 @@
 
 #include "foundation/class_factory.h"
 #include "gui/application.h"
+#include "shell/actionbar.h"
 #include "shell/frame.h"
 #include "shell/main_window.h"
 #include "shell/menu.h"
 #include "shell/menu_button.h"
+#include "shell/popup_frame.h"
 #include "structure/item.h"
 #include "structure/object_types.h"
 #include "structure/structure.h"
@@ -161,14 +163,10 @@ void CVrGuiMainWin::AddGroupEntry(CVrStructureItem& group, CVrGuiFrame*& firstPa
 }
 
 void CVrGuiMainWin::CreateSharedElements(CVrGuiElement& home) {
-    actionbar = home.CreateGuiChild("CVrGuiActionbar", false);
-    popupFrame = home.CreateGuiChild("CVrGuiPopupFrame", false);
-    popupSliderFrame = home.CreateGuiChild("CVrGuiPopupSliderFrame", false);
-    for (CVrGuiElement* shared : {actionbar, popupFrame, popupSliderFrame})
-        if (shared)
-            shared->CreateContent(nullptr);
-    if (popupSliderFrame)
-        popupSliderFrame->SetHidden(true);
+    actionbar = home.CreateChild<CVrGuiActionbar>("CVrGuiActionbar", true);
+    popupFrame = home.CreateChild<CVrGuiPopupFrame>("CVrGuiPopupFrame", true);
+    popupSliderFrame = home.CreateChild<CVrGuiPopupSliderFrame>("CVrGuiPopupSliderFrame", true);
+    HideSharedElements(); // until a page takes them; there may be none
 }
 
 void CVrGuiMainWin::CreateContent(CVrStructureItem* rootItem) {

@@ -44,6 +44,10 @@ public:
     virtual bool IsHidden() const { return false; }
     // The item belongs to the list of audio zones that music pages can group.
     virtual bool IsAudioZone() const { return false; }
+    // The item shows a value and takes no commands: its tile is a plain row that no touch reaches.
+    virtual bool IsReadOnlyValue() const { return false; }
+    // The texts "0" and "1" of the value mean off and on.
+    virtual bool IsOnOffValue() const { return false; }
     // Whether what the item controls is running, which postpones the rest of the display.
     virtual bool IsActive() const;
     // Class of the item's page; empty for a type without one.
