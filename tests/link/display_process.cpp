@@ -24,6 +24,7 @@ using Clock = std::chrono::steady_clock;
 namespace {
 
 constexpr uint32_t kStartPatienceMs = 20000; // sanitizers on a busy machine start slowly
+constexpr uint32_t kRestPatienceMs = 20000;  // for the rest of a message that has begun
 constexpr auto kStep = std::chrono::milliseconds(2);
 
 Clock::time_point In(uint32_t ms) {
@@ -99,14 +100,17 @@ std::string HostConnection::Receive(size_t count, uint32_t timeoutMs) const {
 }
 
 std::optional<HostMessage> HostConnection::ReceiveMessage(uint32_t timeoutMs) const {
-    const std::string header = Receive(8, timeoutMs);
+    pollfd entry{m_socket, POLLIN, 0};
+    if (poll(&entry, 1, static_cast<int>(timeoutMs)) <= 0)
+        return std::nullopt;
+    const std::string header = Receive(8, kRestPatienceMs);
     if (header.size() < 8)
         return std::nullopt;
     uint32_t words[2];
     memcpy(words, header.data(), sizeof words);
     if (words[1] > 16u << 20)
         throw std::runtime_error("a message of " + std::to_string(words[1]) + " bytes: the framing is lost");
-    HostMessage message{words[0], Receive(words[1], timeoutMs)};
+    HostMessage message{words[0], Receive(words[1], kRestPatienceMs)};
     return message.payload.size() == words[1] ? std::optional(message) : std::nullopt;
 }
 

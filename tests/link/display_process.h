@@ -36,7 +36,7 @@ public:
     // Exactly count bytes; fewer if the display closes or is silent for so long.
     std::string Receive(size_t count, uint32_t timeoutMs) const;
 
-    // The next whole message; nothing if the display closes or is silent for so long.
+    // The next whole message; nothing if the display closes or begins none in this time.
     std::optional<HostMessage> ReceiveMessage(uint32_t timeoutMs) const;
 
     // Reads on until a log line that contains the text; false if none comes in time.
