@@ -13,8 +13,8 @@ void RequestStop();
 void ClearStopRequest();
 bool IsStopRequested();
 
-// Sleeps ms milliseconds, or less: a stop request ends it, and so does the peer of the watched socket by closing, though
-// unread bytes may still wait there.
+// Sleeps ms milliseconds, or less: a stop request ends it, and so does the peer of the watched socket by
+// closing, though unread bytes may still wait there.
 void Pause(uint32_t ms);
 void WatchPeer(int socket); // -1: none
 
