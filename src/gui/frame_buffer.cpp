@@ -59,11 +59,12 @@ void CVrGuiFrameBuffer::InitMem(const CVrRect& rect) {
     clip = CVrRect();
     if (rect.IsEmpty())
         return;
-    const int64_t bytes = int64_t{rect.width} * rect.height * 4;
+    const uint64_t bytes =
+        uint64_t{static_cast<uint32_t>(rect.width)} * static_cast<uint32_t>(rect.height) * 4;
     if (bytes <= kMaxStoreBytes)
-        pixels = static_cast<uint32_t*>(calloc(1, static_cast<size_t>(bytes)));
+        pixels = static_cast<uint32_t*>(calloc(1, bytes));
     if (!pixels) {
-        Log(LogState, "CVrGuiFrameBuffer::InitMem", "no memory %lld", static_cast<long long>(bytes));
+        Log(LogState, "CVrGuiFrameBuffer::InitMem", "no memory %llu", static_cast<unsigned long long>(bytes));
         return;
     }
     storeSize = rect.Size();

@@ -44,7 +44,7 @@ enum class Gradient { None, Horizontal };
 class CVrGuiFrameBuffer {
 public:
     // Largest store in bytes; a larger one counts as out of memory.
-    static constexpr int64_t kMaxStoreBytes = int64_t{1} << 30;
+    static constexpr uint64_t kMaxStoreBytes = uint64_t{1} << 30;
     // Largest radius of a corner table; what lies above is cut to it.
     static constexpr int32_t kMaxCornerRadius = 1024;
 

@@ -23,6 +23,7 @@ constexpr uint8_t kOutsideCoverage = 3;
 // tables. The bounds are far beyond any symbol.
 
 constexpr uint32_t kMaxTextBytes = 256 * 1024;
+constexpr size_t kTextPadding = 128;      // zero bytes behind the text
 constexpr int kMaxPoints = 32 * 1024;     // of all curves of a picture together
 constexpr float kMaxReach = 100;          // coordinates and widths, in sizes of the picture
 constexpr float kMinSide = 1e-3F;         // of a picture, in its own units
@@ -250,12 +251,12 @@ bool CVrGuiSvg2Img::Parse(const char* data, uint32_t length) {
     const size_t bytes = !data ? 0 : length != 0 ? length : strnlen(data, kMaxTextBytes + 1);
     if (bytes == 0 || bytes > kMaxTextBytes || data[0] == '\0')
         return false;
-    // The parser writes into its text.
-    auto* copy = static_cast<char*>(malloc(bytes + 1));
+    // The parser writes into its text, and looks for the end of a reference, up to 63 bytes, behind the
+    // text's end.
+    auto* copy = static_cast<char*>(calloc(1, bytes + kTextPadding));
     if (!copy)
         return false;
     memcpy(copy, data, bytes);
-    copy[bytes] = '\0';
     image = nsvgParse(copy, "", kDotsPerInch);
     free(copy);
     if (!image || !MakeSound(*image)) {

@@ -135,6 +135,17 @@ TEST(SvgImage, ThinDashesAndSharpMitersAreDrawnAllTheSame) {
     EXPECT_EQ(image.bitmap[12 * 24 + 12], 255);
 }
 
+// Texts that once led the parser astray: numbers that are none, a reference that never ends.
+TEST(SvgImage, StrangeTextsAreHarmless) {
+    for (const char* text : {"<svg width='24' height='24'><path d='M6 141e304a5 5 0 0 1 11 0'/></svg>",
+                             "<svg width='24' height='24'><linearGradient id='a' fill=\"url(#000"}) {
+        CVrGuiSvg2Img image;
+        const std::string exact(text); // Nothing readable behind it.
+        image.LoadAndRender(exact.data(), static_cast<uint32_t>(exact.size()), Square(24), true);
+        EXPECT_EQ(image.image, nullptr) << text;
+    }
+}
+
 // --- The filled style ---------------------------------------------------------------------------
 
 TEST(RenderFilled, ClosedLinesBecomeAreasAndLinesBecomeHolesInThem) {
