@@ -3,12 +3,12 @@
 
 namespace h264 {
 
-u32 BitReader::PeekNearEnd() const {
+u64 BitReader::PeekNearEnd() const {
     const u64 byte = position >> 3;
     u64 word = 0;
-    for (u64 i = 0; i < 5; ++i)
+    for (u64 i = 0; i < sizeof word; ++i)
         word = word << 8 | (byte + i < sizeBytes ? data[byte + i] : 0);
-    return static_cast<u32>(word >> (8 - (position & 7)));
+    return word << (position & 7);
 }
 
 u32 BitReader::ReadLongUe(u32 leadingZeroBits) {

@@ -16,8 +16,8 @@ public:
     // Borrows `size` bytes of RBSP, emulation prevention already removed.
     BitReader(const u8* bytes, u32 size) : data(bytes), sizeBytes(size), endBit(u64{size} * 8) {}
 
-    // The next 32 bits, left-aligned; zeros stand in for what lies behind the end.
-    u32 Peek32() const {
+    // The next 57 bits or more, left-aligned; zeros stand in for what lies behind the end.
+    u64 Peek57() const {
         const u64 byte = position >> 3;
         if (byte + sizeof(u64) > sizeBytes)
             return PeekNearEnd();
@@ -25,8 +25,9 @@ public:
         std::memcpy(&word, data + byte, sizeof word);
         if constexpr (std::endian::native == std::endian::little)
             word = __builtin_bswap64(word);
-        return static_cast<u32>((word << (position & 7)) >> 32);
+        return word << (position & 7);
     }
+    u32 Peek32() const { return static_cast<u32>(Peek57() >> 32); }
 
     void Skip(u32 bits) { position += bits; }
 
@@ -74,7 +75,7 @@ public:
     void FindTrailingBits();
 
 private:
-    u32 PeekNearEnd() const;
+    u64 PeekNearEnd() const;
     u32 ReadLongUe(u32 leadingZeroBits);
 
     const u8* data = nullptr; // borrowed

@@ -17,7 +17,38 @@ constexpr u32 MaxSuffixLength = 6;
 // The level that makes the next suffix longer, by suffixLength.
 constexpr i32 SuffixThreshold[MaxSuffixLength + 1] = {0, 3, 6, 12, 24, 48, INT32_MAX};
 
-CoeffToken ReadCoeffToken(BitReader& reader, CoeffTokenClass tokenClass) {
+// A stretch of the data in a register: a block takes few dozen bits in many small steps, and each step would
+// otherwise begin with a load. What was taken is given back to the reader at the end.
+class BitWindow {
+public:
+    explicit BitWindow(BitReader& bits) : reader(bits), window(bits.Peek57()) {}
+    ~BitWindow() { reader.Skip(taken); }
+    BitWindow(const BitWindow&) = delete;
+    BitWindow& operator=(const BitWindow&) = delete;
+
+    // The next 32 bits, left-aligned.
+    u32 Peek32() {
+        constexpr u32 BitsInWindow = 57;
+        if (taken > BitsInWindow - 32) {
+            reader.Skip(taken);
+            taken = 0;
+            window = reader.Peek57();
+        }
+        return static_cast<u32>(window >> 32);
+    }
+    // At most 32 bits.
+    void Skip(u32 bits) {
+        window <<= bits;
+        taken += bits;
+    }
+
+private:
+    BitReader& reader;
+    u64 window; // left-aligned
+    u32 taken = 0;
+};
+
+CoeffToken ReadCoeffToken(BitWindow& reader, CoeffTokenClass tokenClass) {
     const u32 bits = reader.Peek32();
     if (tokenClass == Nc8Up) {
         const CoeffToken token = fixedLengthTokens.entries[bits >> (32 - FixedTokenBits)];
@@ -31,7 +62,7 @@ CoeffToken ReadCoeffToken(BitReader& reader, CoeffTokenClass tokenClass) {
 }
 
 // 9.2.2.1, one level behind the trailing ones. `firstBias` is 2 where the level cannot be +-1.
-bool ReadLevel(BitReader& reader, u32* suffixLength, u32 firstBias, i32* level) {
+bool ReadLevel(BitWindow& reader, u32* suffixLength, u32 firstBias, i32* level) {
     const u32 bits = reader.Peek32();
     const u32 level_prefix = static_cast<u32>(std::countl_zero(bits));
     if (level_prefix > MaxLevelPrefix)
@@ -58,7 +89,7 @@ bool ReadLevel(BitReader& reader, u32* suffixLength, u32 firstBias, i32* level) 
 }
 
 // 9.2.2: all levels, from the highest frequency to the lowest.
-bool ReadLevels(BitReader& reader, const CoeffToken& token, i32* level) {
+bool ReadLevels(BitWindow& reader, const CoeffToken& token, i32* level) {
     const u32 signs = reader.Peek32(); // trailing_ones_sign_flag
     for (u32 i = 0; i < token.trailingOnes; ++i)
         level[i] = 1 - 2 * static_cast<i32>(signs >> (31 - i) & 1);
@@ -74,7 +105,7 @@ bool ReadLevels(BitReader& reader, const CoeffToken& token, i32* level) {
 }
 
 // 9.2.3; ResidualError when no code fits.
-i32 ReadTotalZeros(BitReader& reader, u32 totalCoeff, u32 maxNumCoeff) {
+i32 ReadTotalZeros(BitWindow& reader, u32 totalCoeff, u32 maxNumCoeff) {
     const u32 bits = reader.Peek32();
     const Code code = maxNumCoeff == ChromaDcCoeffs
                           ? chromaDcTotalZeros.entries[totalCoeff - 1][bits >> 29]
@@ -84,7 +115,7 @@ i32 ReadTotalZeros(BitReader& reader, u32 totalCoeff, u32 maxNumCoeff) {
 }
 
 // 9.2.3, Table 9-10
-u32 ReadRunBefore(BitReader& reader, u32 zerosLeft) {
+u32 ReadRunBefore(BitWindow& reader, u32 zerosLeft) {
     constexpr u32 LongestCode = 11;
     const u32 bits = reader.Peek32();
     const Code code = runBefore.entries[std::min(zerosLeft, 7u) - 1][bits >> 29];
@@ -98,7 +129,7 @@ u32 ReadRunBefore(BitReader& reader, u32 zerosLeft) {
 }
 
 // Writes the levels at their places, the last coefficient of the scan first.
-bool PlaceLevels(BitReader& reader, const i32* level, u32 totalCoeff, u32 zerosLeft,
+bool PlaceLevels(BitWindow& reader, const i32* level, u32 totalCoeff, u32 zerosLeft,
                  const ResidualTarget& target) {
     u32 coeffNum = zerosLeft + totalCoeff - 1;
     for (u32 i = 0;; ++i) {
@@ -120,8 +151,9 @@ bool PlaceLevels(BitReader& reader, const i32* level, u32 totalCoeff, u32 zerosL
 
 } // namespace
 
-i32 DecodeResidualBlock(BitReader& reader, CoeffTokenClass tokenClass, u32 maxNumCoeff,
+i32 DecodeResidualBlock(BitReader& stream, CoeffTokenClass tokenClass, u32 maxNumCoeff,
                         const ResidualTarget& target) {
+    BitWindow reader(stream);
     const CoeffToken token = ReadCoeffToken(reader, tokenClass);
     if (token.length == 0 || token.totalCoeff > maxNumCoeff)
         return ResidualError;

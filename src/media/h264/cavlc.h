@@ -28,7 +28,7 @@ inline cavlc::CoeffTokenClass CoeffTokenClassOf(u32 nC) {
 // residual_block_cavlc(), 7.3.5.3.2: reads the levels of one block of at most `maxNumCoeff` coefficients (4,
 // 15 or 16). Returns TotalCoeff( coeff_token ) or ResidualError. Whether the data lasted is for the caller to
 // ask.
-i32 DecodeResidualBlock(BitReader& reader, cavlc::CoeffTokenClass tokenClass, u32 maxNumCoeff,
+i32 DecodeResidualBlock(BitReader& stream, cavlc::CoeffTokenClass tokenClass, u32 maxNumCoeff,
                         const ResidualTarget& target);
 
 } // namespace h264

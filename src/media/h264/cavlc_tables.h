@@ -6,8 +6,8 @@
 
 namespace h264::cavlc {
 
-struct CoeffToken {
-    u8 length = 0; // bits; 0: no such code
+struct alignas(4) CoeffToken { // one load
+    u8 length = 0;             // bits; 0: no such code
     u8 totalCoeff = 0;
     u8 trailingOnes = 0;
 };

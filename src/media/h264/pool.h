@@ -28,8 +28,8 @@ public:
     Pool& operator=(const Pool&) = delete;
     ~Pool();
 
-    // Borrows `size` bytes at `base` (aligned to 16) and starts empty. The block must outlive the pool, or another
-    // Attach.
+    // Borrows `size` bytes at `base` (aligned to 16) and starts empty. The block must outlive the pool, or
+    // another Attach.
     void Attach(u8* base, u32 size);
 
     // The next `size` bytes, aligned to 8, or null when they do not fit. `id` is for the log.
