@@ -196,40 +196,49 @@ private:
         return true;
     }
 
-    // The part of a line within one scan line: from x (fine) at the top to nextX at the bottom of a height
-    // (fine).
+    // The part of a line within one scan line, followed from the left.
+    struct RowPart {
+        int64_t left;   // fine
+        int64_t right;  // fine
+        int32_t height; // fine
+        int32_t sign;   // 1: the line goes downward
+
+        // The height climbed when the line reaches x.
+        int32_t climbed(int64_t x) const {
+            return x >= right ? height : static_cast<int32_t>(Proportion(x - left, height, right - left));
+        }
+    };
+
+    // From x at the top to nextX at the bottom of a height, all fine.
     bool crossRow(int32_t row, int64_t x, int64_t nextX, int32_t height, int32_t sign) {
-        const int64_t left = std::min(x, nextX);
-        const int64_t right = std::max(x, nextX);
+        const RowPart part{std::min(x, nextX), std::max(x, nextX), height, sign};
         const int64_t clipLeft = int64_t{m_band.left} * kFine;
         const int64_t clipRight = int64_t{m_band.right} * kFine;
-        if (left >= clipRight)
+        if (part.left >= clipRight)
             return true; // fills nothing that is seen
-        if (right <= clipLeft)
+        if (part.right <= clipLeft)
             return m_cells.add(m_band.left - 1, row, sign * height, 0);
-        // The height climbed when the line, followed from the left, reaches a given x.
-        const auto climbed = [&](int64_t at) {
-            return at >= right ? height : static_cast<int32_t>(Proportion(at - left, height, right - left));
-        };
-        int32_t done = 0;
-        int64_t at = left;
-        if (left < clipLeft) {
-            done = climbed(clipLeft);
-            at = clipLeft;
-            if (!m_cells.add(m_band.left - 1, row, sign * done, 0))
+        if (part.left >= clipLeft)
+            return crossPixels(row, part, part.left, std::min(part.right, clipRight), 0);
+        const int32_t before = part.climbed(clipLeft);
+        return m_cells.add(m_band.left - 1, row, sign * before, 0) &&
+               crossPixels(row, part, clipLeft, std::min(part.right, clipRight), before);
+    }
+
+    // Pixel by pixel from x to end. done: what the part has climbed at x. An upright part lies in one pixel.
+    bool crossPixels(int32_t row, const RowPart& part, int64_t x, int64_t end, int32_t done) {
+        do {
+            const int64_t pixel = x >> kFineBits;
+            const int64_t pixelLeft = pixel << kFineBits;
+            const int64_t next = std::min(pixelLeft + kFine, part.right);
+            const int32_t climbed = part.climbed(next);
+            const int32_t cover = part.sign * (climbed - done);
+            const int64_t meanTwice = (x - pixelLeft) + (next - pixelLeft);
+            if (!m_cells.add(static_cast<int32_t>(pixel), row, cover, meanTwice * cover))
                 return false;
-        }
-        for (const int64_t end = std::min(right, clipRight); at < end || (at == right && done < height);) {
-            const int64_t pixel = at >> kFineBits;
-            const int64_t border = std::min((pixel + 1) << kFineBits, right);
-            const int32_t reached = climbed(border);
-            const int32_t cover = reached - done;
-            const int64_t meanTwice = (at - (pixel << kFineBits)) + (border - (pixel << kFineBits));
-            if (!m_cells.add(static_cast<int32_t>(pixel), row, sign * cover, sign * meanTwice * cover))
-                return false;
-            done = reached;
-            at = border;
-        }
+            done = climbed;
+            x = next;
+        } while (x < end);
         return true;
     }
 
