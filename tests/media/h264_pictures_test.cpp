@@ -338,11 +338,13 @@ TEST_F(H264Pictures, AReferenceWithTheNumberOfThePreviousOneFailsWhereGapsAreAll
               (Texts{"10", "20", "30"}));
 }
 
-TEST_F(H264Pictures, TheLongestGapIsBounded) {
-    const auto frames =
-        Decode("sps refs=3 gaps=1 log2_frame_num=16\npps\nslice idr\n pcm 10\n"
-               "slice p frame_num=65535 active=3\n pcm 20\nslice idr idr_pic_id=1\n pcm 30\n");
-    EXPECT_EQ(LumaMaps(frames), (Texts{"10", "20", "30"}));
+TEST_F(H264Pictures, ThousandsOfTheLongestGapsAreDoneInNoTime) {
+    std::string text = "sps refs=3 gaps=1 log2_frame_num=16\npps\nslice idr\n pcm 10\n";
+    for (int i = 0; i < 2000; ++i) // each 65533 pictures on, or two back
+        text += "slice p frame_num=" + std::to_string(65534 - 2 * i) + " active=3\n pcm 20\n";
+    const auto frames = Decode(text + "slice p frame_num=3 active=3 reorder=-1\n move 0,0\n");
+    EXPECT_EQ(frames.size(), 2001u);
+    EXPECT_EQ(Logged("h264Decode: Reordering"), 1u); // 2 does not exist
 }
 
 } // namespace

@@ -391,12 +391,14 @@ void Dpb::KeepShownBufferWhole(Picture before) {
     }
 }
 
+// Of a long gap only the last numbers can stay in the window, so that the first need not pass through it.
 bool Dpb::FillGap(u32 frameNum) {
+    constexpr u32 NumbersThatMatter = 2 * (MaxRefFrames + 1);
     const Picture freeBefore = pictures[dpbSize];
     const u32 maxFrameNum = parameters.maxFrameNum;
-    for (u32 missing = (prevRefFrameNum + 1) % maxFrameNum; missing != frameNum;
-         missing = (missing + 1) % maxFrameNum) {
-        if (!InsertNonExisting(missing))
+    const u32 missingNumbers = (frameNum + maxFrameNum - prevRefFrameNum - 1) % maxFrameNum;
+    for (u32 left = std::min(missingNumbers, NumbersThatMatter); left > 0; --left) {
+        if (!InsertNonExisting((frameNum + maxFrameNum - left) % maxFrameNum))
             return false;
     }
     KeepShownBufferWhole(freeBefore);
