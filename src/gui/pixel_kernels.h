@@ -112,8 +112,7 @@ struct Kernels {
         if (V::NoneSet(visible))
             return;
         const Reg d = V::Load(dst);
-        const Reg shown = V::Select(visible, Mix(d, s, a), d);
-        V::Store(dst, V::Select(whole, s, shown));
+        V::Store(dst, V::Select(whole, s, Mix(d, s, V::And(visible, a)))); // Alpha 0 leaves d as it is.
     }
 
     // Stores across the border of a cache line cost twice: the first and the last register may overlap
@@ -220,7 +219,7 @@ struct Kernels {
         const Reg d = V::Load(dst);
         const Reg whole = V::Greater32(c, V::Set32(kSolidCoverage - 1));
         const Reg visible = V::Greater32(c, V::Set32(kInvisibleAlpha));
-        V::Store(dst, V::Select(whole, ink.source, V::Select(visible, Mix(d, ink.source, c), d)));
+        V::Store(dst, V::Select(whole, ink.source, Mix(d, ink.source, V::And(visible, c))));
     }
 
     static void InkNarrowRow(uint32_t* dst, const uint8_t* coverage, size_t width, const MonoInk& ink) {
@@ -267,9 +266,8 @@ struct Kernels {
             const Reg visible = V::Greater32(coverage, V::Set32(kInvisibleAlpha));
             if (V::NoneSet(visible))
                 continue;
-            const Reg d = V::Load(dst + i);
-            const Reg mixed = Mix(d, s, DivideBy255(V::Mul16(coverage, alpha)));
-            V::Store(dst + i, V::Select(visible, mixed, d));
+            const Reg opacity = DivideBy255(V::Mul16(coverage, alpha));
+            V::Store(dst + i, Mix(V::Load(dst + i), s, V::And(visible, opacity)));
         }
         for (; i < count; i++)
             TintPixel(dst[i], src[i], color, a);

@@ -35,10 +35,24 @@ bool IsWithin(float value, float limit) {
     return std::fabs(value) <= limit; // false for what is no number
 }
 
+bool IsGradient(const NSVGpaint& paint) {
+    return paint.type == NSVG_PAINT_LINEAR_GRADIENT || paint.type == NSVG_PAINT_RADIAL_GRADIENT;
+}
+
+// A gradient of one colour is that colour; the rasterizer would look for others behind it.
+void SimplifyPaint(NSVGpaint& paint) {
+    if (!IsGradient(paint) || !paint.gradient || paint.gradient->nstops != 1)
+        return;
+    NSVGgradient* gradient = paint.gradient;
+    paint.type = NSVG_PAINT_COLOR;
+    paint.color = gradient->stops[0].color;
+    free(gradient);
+}
+
 bool IsPaintSound(const NSVGpaint& paint) {
-    if (paint.type != NSVG_PAINT_LINEAR_GRADIENT && paint.type != NSVG_PAINT_RADIAL_GRADIENT)
+    if (!IsGradient(paint))
         return true;
-    if (!paint.gradient || paint.gradient->nstops < 1)
+    if (!paint.gradient || paint.gradient->nstops < 2)
         return false;
     return std::all_of(std::begin(paint.gradient->xform), std::end(paint.gradient->xform),
                        [](float v) { return IsWithin(v, kMaxSideUnits); });
@@ -70,6 +84,8 @@ bool MakeSound(NSVGimage& image) {
     int points = 0;
     for (NSVGshape* shape = image.shapes; shape; shape = shape->next) {
         const float reach = side * kMaxReach;
+        SimplifyPaint(shape->fill);
+        SimplifyPaint(shape->stroke);
         if (!IsWithin(shape->strokeWidth, reach) || !IsWithin(shape->opacity, 1) ||
             !IsPaintSound(shape->fill) || !IsPaintSound(shape->stroke) ||
             !ArePathsSound(*shape, reach, points))

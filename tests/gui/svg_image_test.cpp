@@ -135,6 +135,17 @@ TEST(SvgImage, ThinDashesAndSharpMitersAreDrawnAllTheSame) {
     EXPECT_EQ(image.bitmap[12 * 24 + 12], 255);
 }
 
+TEST(SvgImage, AGradientOfOneColourIsThatColour) {
+    const char* svg =
+        "<svg width='4' height='4'><linearGradient id='a'><stop offset='0.3' stop-color='#102030'/>"
+        "</linearGradient><rect width='4' height='4' fill='url(#a)' stroke='url(#a)'/></svg>";
+    CVrGuiSvg2Img image;
+    ASSERT_TRUE(image.LoadAndRender(svg, 0, Square(4), false));
+    uint32_t pixel = 0;
+    std::memcpy(&pixel, image.bitmap + 4 * 5, 4);
+    EXPECT_EQ(pixel, 0xFF102030U);
+}
+
 // Texts that once led the parser astray: numbers that are none, a reference that never ends.
 TEST(SvgImage, StrangeTextsAreHarmless) {
     for (const char* text : {"<svg width='24' height='24'><path d='M6 141e304a5 5 0 0 1 11 0'/></svg>",
