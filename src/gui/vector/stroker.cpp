@@ -239,7 +239,7 @@ void Stroker::corner(Angle direction, int32_t length, Join join) {
 void Stroker::innerCorner(int side, Angle direction, int32_t length, Angle turn) {
     Border& border = m_borders[side];
     const Angle half = turn / 2;
-    const int32_t back = std::abs(MulDiv(m_style.radius, Tan(half), kFixedUnit));
+    const int64_t back = std::abs(int64_t{MulDiv(m_style.radius, Tan(half), kFixedUnit)}); // may be INT32_MIN
     const int32_t shorter = std::min(m_length, length);
     if (std::abs(turn) < kAngle180 && back <= shorter / 2) {
         const int32_t reach = MulDiv(m_style.radius, kFixedUnit, Cos(half));
