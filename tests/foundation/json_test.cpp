@@ -220,7 +220,7 @@ TEST(Json, AbsurdShapesTakeLinearTime) {
         const auto begin = std::chrono::steady_clock::now();
         ResultOf(text);
         const auto elapsed = std::chrono::steady_clock::now() - begin;
-        EXPECT_LT(elapsed, std::chrono::seconds(20)) << text.substr(0, 20);
+        EXPECT_LT(elapsed, std::chrono::seconds(100)) << text.substr(0, 20);
     }
 }
 
