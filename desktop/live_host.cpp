@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <utility>
 #include <sys/inotify.h>
 #include <unistd.h>
 #include <utility>
@@ -65,6 +66,10 @@ void LiveHost::Stop() {
     watch.reset();
     watchTimer.cancel();
     EndDisplay();
+    // Viewers live on in handlers that wait for the network, and go after this object.
+    touchOwner = nullptr;
+    for (LiveObserver* observer : std::exchange(observers, {}))
+        observer->OnHostGone();
 }
 
 void LiveHost::Enter(Phase next, std::string words) {

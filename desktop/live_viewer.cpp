@@ -64,7 +64,10 @@ void LiveViewer::Close() {
     beast::get_lowest_layer(socket).socket().shutdown(asio::ip::tcp::socket::shutdown_both, ignored);
 }
 
+// A viewer is subscribed while it is open, so that one that is not open never calls a host that may be gone.
 void LiveViewer::Leave() {
+    if (!open)
+        return;
     open = false;
     host.Unsubscribe(this);
 }

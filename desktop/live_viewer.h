@@ -33,6 +33,7 @@ public:
 
 private:
     void OnNews() override;
+    void OnHostGone() override { open = false; }
     void Read();
     void OnMessage(const std::string& text);
     void OnTouch(const nlohmann::json& message);
