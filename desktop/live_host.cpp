@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <utility>
 #include <sys/inotify.h>
 #include <unistd.h>
 #include <utility>
