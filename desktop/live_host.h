@@ -54,7 +54,7 @@ struct LiveCommand {
 class LiveObserver {
 public:
     virtual ~LiveObserver() = default;
-    virtual void OnNews() = 0; // something of the host has changed
+    virtual void OnNews() = 0;   // something of the host has changed
     virtual void OnHostGone() {} // the host has stopped and must not be called any more
 };
 

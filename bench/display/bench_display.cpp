@@ -61,7 +61,8 @@ void Measure(uint32_t buttons, double goal) {
         passes.push_back(Microseconds(begin));
     }
     const double pass = Median(passes), copy = Median(copies);
-    printf("whole pass, page of %u buttons   %8.1f us   %5.2f M   (goal <= %.0f)\n", buttons, pass, pass / copy, goal);
+    printf("whole pass, page of %u buttons   %8.1f us   %5.2f M   (goal <= %.0f)\n", buttons, pass,
+           pass / copy, goal);
 }
 
 } // namespace

@@ -16,10 +16,14 @@ constexpr uint32_t kTouchPatienceMs = 100;
 
 const char* EventName(uint32_t touchEvent) {
     switch (touchEvent) {
-    case CVrGuiElement::EventDown: return "Down";
-    case CVrGuiElement::EventUp: return "Up";
-    case CVrGuiElement::EventMove: return "Move";
-    default: return "Unknown";
+    case CVrGuiElement::EventDown:
+        return "Down";
+    case CVrGuiElement::EventUp:
+        return "Up";
+    case CVrGuiElement::EventMove:
+        return "Move";
+    default:
+        return "Unknown";
     }
 }
 
@@ -70,7 +74,8 @@ void CVrGuiApp::LoadStyles() {
     mainWin.AdoptStyle();
 }
 
-void CVrGuiApp::LoadStructure(const char* config, const char* categories, const char* rooms, const char* symbols) {
+void CVrGuiApp::LoadStructure(const char* config, const char* categories, const char* rooms,
+                              const char* symbols) {
     structure.LoadJsonConfig(config, categories, rooms, symbols);
     mainWin.DeleteChildren();
     mainWin.ClearChildLinks();
@@ -93,12 +98,12 @@ void CVrGuiApp::PostTouch(uint32_t touchEvent, CVrPoint point, uint32_t gesture)
     touchGesture.store(gesture, std::memory_order_relaxed);
     touchConsumed.store(false, std::memory_order_release);
     Log(LogEvent, "CVrGuiApp::TouchEvent", "%d/%d %08x gesture %08x", point.x, point.y, touchEvent, gesture);
-    eventWord.store(touchEvent, std::memory_order_release);
+    eventWord.fetch_or(touchEvent, std::memory_order_release);
     wakeEvent.Set();
 }
 
 void CVrGuiApp::WakeForRepaint() {
-    eventWord.store(kWakeRepaint, std::memory_order_release);
+    eventWord.fetch_or(kWakeRepaint, std::memory_order_release);
     wakeEvent.Set();
 }
 
@@ -192,7 +197,7 @@ void CVrGuiApp::ApplyLanguage() {
 
 // ---------------------------------------------------------------------------------------------- main loop
 
-// Returns why the loop was woken: a touch type, kWakeRepaint, or 0.
+// Returns why the loop was woken: touch types and kWakeRepaint as bits, or 0.
 uint32_t CVrGuiApp::WaitForWork(uint32_t timeout) {
     if (!wakeEvent.Wait(timeout))
         return 0;
@@ -217,7 +222,8 @@ bool CVrGuiApp::DeliverTouch(const Touch& touch) {
     switch (touch.gesture) {
     case GestureTwoFingerDoubleClick:
     case GestureTwoFingerTripleClick:
-        Log(LogState, kMultiClickTag, "Two-finger %u-click detected", touch.gesture == GestureTwoFingerDoubleClick ? 2u : 3u);
+        Log(LogState, kMultiClickTag, "Two-finger %u-click detected",
+            touch.gesture == GestureTwoFingerDoubleClick ? 2u : 3u);
         return false;
     case GestureCancel:
         if (mainWin.ReleasePressed()) {
@@ -226,7 +232,8 @@ bool CVrGuiApp::DeliverTouch(const Touch& touch) {
         }
         return false;
     default:
-        Log(LogEvent, "CVrGuiApp::MainLoop", "Event: %s %d/%d", EventName(touch.type), touch.point.x, touch.point.y);
+        Log(LogEvent, "CVrGuiApp::MainLoop", "Event: %s %d/%d", EventName(touch.type), touch.point.x,
+            touch.point.y);
         return mainWin.RouteEvent(touch.type, touch.point);
     }
 }

@@ -21,7 +21,8 @@
 
 class CVrGuiApp : public CVrThread, public CVrGuiApplication {
 public:
-    // Reasons for a wake-up in `eventWord`: a touch type, or this.
+    // Reasons for a wake-up are bits of `eventWord`: the touch types and this. Collected, since a touch must not
+    // swallow a repaint that somebody asked for just before it.
     static constexpr uint32_t kWakeRepaint = 128;
 
     // Values of `touchGesture`.
@@ -33,9 +34,10 @@ public:
     };
 
     // Answers what the main loop cannot know of the wire. All are null until command 1 installs them.
-    using FrameSlot = void (*)(const uint8_t* frame, uint32_t size); // one composed frame; copied before it returns
-    using DrainSlot = void (*)();                                    // handles all queued host messages
-    using ReadySlot = bool (*)();                                    // whether the wire has room for a whole frame
+    using FrameSlot = void (*)(const uint8_t* frame,
+                               uint32_t size); // one composed frame; copied before it returns
+    using DrainSlot = void (*)();              // handles all queued host messages
+    using ReadySlot = bool (*)();              // whether the wire has room for a whole frame
 
     CVrGuiApp();
     // The thread must have ended, or end by itself after RequestStop; the destructor waits for it.
@@ -90,18 +92,18 @@ public:
     std::atomic<uint32_t> touchType{0};
     std::atomic<int32_t> touchX{0}, touchY{0}; // screen pixels
     std::atomic<uint32_t> touchGesture{GestureNone};
-    std::atomic<bool> touchConsumed{true};     // false while a posted touch waits
-    uint64_t now = 0;                          // tick in ms of the current pass
-    uint32_t screenIndex = 0;                  // screen buffer that is written next
+    std::atomic<bool> touchConsumed{true}; // false while a posted touch waits
+    uint64_t now = 0;                      // tick in ms of the current pass
+    uint32_t screenIndex = 0;              // screen buffer that is written next
     CVrxByteArray screenBuffer[2];
-    CVrMutex screenLock;                       // guards the flip of screenIndex
+    CVrMutex screenLock; // guards the flip of screenIndex
     CVrStructure structure;
     CVrArchive dynamicArchive, staticArchive;
     FrameSlot frameSlot = nullptr;
     DrainSlot drainSlot = nullptr;
     ReadySlot readySlot = nullptr;
     void (*commandSlot)(const char* command) = nullptr;
-    CVrGuiMainWin mainWin;                     // destroyed before all that its elements point to
+    CVrGuiMainWin mainWin; // destroyed before all that its elements point to
 
 private:
     struct Touch {
@@ -119,7 +121,7 @@ private:
     void LoadArchives();
     void LoadStyles();
 
-    uint32_t m_timeout = 0; // ms that the next pass waits at most
+    uint32_t m_timeout = 0;   // ms that the next pass waits at most
     bool m_frameOwed = false; // something is flagged but the wire had no room for a frame
     CVrFrame m_frame;
 };

@@ -22,7 +22,8 @@ void CVrGuiPushButton::CreateContent(CVrStructureItem* newItem) {
 }
 
 void CVrGuiPushButton::FillArea(CVrStructureItem* newItem) {
-    FillOutputPage<CVrStructureItemPushButton>(*this, newItem, ObjectType::PushButton, "CVrGuiPushButtonBtn", EventAll);
+    FillOutputPage<CVrStructureItemPushButton>(*this, newItem, ObjectType::PushButton, "CVrGuiPushButtonBtn",
+                                               EventAll);
 }
 
 void CVrGuiPushButton::RefreshView() {

@@ -17,7 +17,7 @@ void SendTextCommand(const CVrStructureItem& item, int32_t event, CommandValue v
     if (!application)
         return;
     char command[kCommandSize] = "";
-    snprintf(command, sizeof command, R"({"U":%d,"E":%d,"T":%d,"V":%d.%d})", static_cast<int32_t>(item.uuid), event,
-             kCommandKind, value.whole, value.tenths);
+    snprintf(command, sizeof command, R"({"U":%d,"E":%d,"T":%d,"V":%d.%d})", static_cast<int32_t>(item.uuid),
+             event, kCommandKind, value.whole, value.tenths);
     application->SendCommand(command);
 }

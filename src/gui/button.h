@@ -87,7 +87,7 @@ protected:
     // Where things are painted, in coordinates of the target store.
     struct Placement {
         CVrPoint symbol;
-        CVrPoint first;  // first line of the text
+        CVrPoint first; // first line of the text
         CVrPoint second;
     };
 

@@ -4,19 +4,16 @@
 //
 // Three conventions hold in the whole toolkit:
 // - `rect` is relative to the parent. A point handed to DoEvent and its hooks is in the coordinates of the
-// element's
-//   parent too, so that it compares directly with `rect`.
+//   element's parent too, so that it compares directly with `rect`.
 // - Colours are 0xAARRGGBB; kUnpainted in a store marks a pixel on which nothing was painted.
 // - Every visible change ends in Invalidate() of the smallest element that changed. There are no dirty
-// rectangles:
-//   one flag anywhere repaints the tree, except for the content of scrolling areas, which lies in stores of
-//   their own and is painted again only when something in it changed (see DrawStored).
+//   rectangles: one flag anywhere repaints the tree, except for the content of scrolling areas, which lies in
+//   stores of their own and is painted again only when something in it changed (see DrawStored).
 //
 // An element is owned by its parent; `item`, `style` and all CVrElementRef are borrowed. All of this belongs
 // to the GUI thread (to the pipe thread before the GUI thread exists).
 //
-// The tree is at most kMaxDepth levels deep, so that walks may recurse: CreateGuiChild and SetParent refuse
-// more.
+// The tree is at most kMaxDepth levels deep, so that walks may recurse: CreateGuiChild and SetParent refuse more.
 #pragma once
 
 #include <cstdint>
@@ -180,8 +177,8 @@ public:
     virtual void DrawTextAt(const CVrPoint& point, uint32_t fontIndex, uint32_t color,
                             const CVrxStringU& line);
     virtual void OnChildSelected(CVrGuiElement*, uint32_t) {} // (child, state): a container's choice
-    virtual void OnChildEvent(CVrGuiElement*, int32_t, uint32_t) {
-    }                                         // (child, id, pressed), called on `listener`
+    // (child, id, pressed), called on `listener`
+    virtual void OnChildEvent(CVrGuiElement*, int32_t, uint32_t) {}
     virtual void OnClick(const CVrPoint&) {}  // a finished tap
     virtual void OnVisibilityChanged(bool) {} // (hidden), after FlagHidden changed
     virtual void StopTimer() { timerPeriod = 0; }

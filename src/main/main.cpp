@@ -6,7 +6,8 @@
 namespace {
 
 // Settings messages have no effect yet: they are taken from the queue, so that it does not fill, and dropped.
-void DropSettings(uint32_t, const CVrxByteArray&) {}
+void DropSettings(uint32_t, const CVrxByteArray&) {
+}
 
 } // namespace
 

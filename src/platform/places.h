@@ -1,9 +1,9 @@
 // Where the process keeps its files. All paths are absolute and NUL-terminated.
 //
-//   state  $WALLSLATE_STATE_DIR, else ${XDG_STATE_HOME:-$HOME/.local/state}/wallslate: settings, diagnostic
-//   log data   $WALLSLATE_DATA_DIR, else ../share/wallslate beside the binary, else resources/ of the project
-//   that built
-//          it: translations, covers
+//   state  $WALLSLATE_STATE_DIR, else ${XDG_STATE_HOME:-$HOME/.local/state}/wallslate:
+//          settings, diagnostic log
+//   data   $WALLSLATE_DATA_DIR, else ../share/wallslate beside the binary, else resources/ of the project that
+//          built it: translations, covers
 #pragma once
 
 #include <cstdint>

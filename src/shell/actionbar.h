@@ -49,8 +49,8 @@ public:
     void OnChildSelected(CVrGuiElement* child, uint32_t newState) override;
 
     // Assigns the button at `index` and shows it; `symbolName` is a static symbol. Nothing for an index without a button.
-    void SetButton(uint32_t index, CVrGuiElement* buttonOwner, int32_t buttonId, const CVrxStringU& symbolName,
-                   ActionKind kind);
+    void SetButton(uint32_t index, CVrGuiElement* buttonOwner, int32_t buttonId,
+                   const CVrxStringU& symbolName, ActionKind kind);
     // Takes the mark off every button that opens a popup.
     void ResetButtons();
     // The button at `index`; null if there is none.

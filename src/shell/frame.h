@@ -60,10 +60,10 @@ public:
     // The served item with this `uuid`, `item` first; null if there is none.
     CVrStructureItem* FindServedItem(uint32_t uuid) const;
 
-    CVrGuiMenuBtn* menuButton = nullptr;   // null for a page without one; owned by the menu
-    CVrGuiFrameArea* frameArea = nullptr;  // child, created on demand
-    CVrxPtrArray items;                    // CVrStructureItem*, not owned
-    bool comingSoon = false;               // the page shows the coming-soon text instead of content
+    CVrGuiMenuBtn* menuButton = nullptr;  // null for a page without one; owned by the menu
+    CVrGuiFrameArea* frameArea = nullptr; // child, created on demand
+    CVrxPtrArray items;                   // CVrStructureItem*, not owned
+    bool comingSoon = false;              // the page shows the coming-soon text instead of content
 
 private:
     void ActivateActionbar();

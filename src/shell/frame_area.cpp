@@ -186,7 +186,8 @@ void CVrGuiFrameArea::PlaceSwitchButton(CVrGuiElement& button, int32_t index) {
         cell = index < 2 ? CVrRect(index > 0 ? column + gap : 0, top, column, half)
                          : CVrRect(0, top + half + gap, rect.width, half);
     }
-    button.SetRect(CVrRect(cell.x + margins.left, cell.y + margins.top, cell.width - margins.left - margins.right,
+    button.SetRect(CVrRect(cell.x + margins.left, cell.y + margins.top,
+                           cell.width - margins.left - margins.right,
                            cell.height - margins.top - margins.bottom));
 }
 
@@ -275,8 +276,9 @@ void CVrGuiFrameArea::PlaceTile(CVrGuiElement& tile, TileColumn& tiles, int32_t 
     const Margins margins = ButtonMargins(tile);
     const int32_t top = placed == 0 ? tiles.left : tiles.bottom + tiles.gap;
     const bool last = placed == tiles.count - 1;
-    const int32_t tileHeight = tiles.shared ? tiles.share + (last ? tiles.rest : 0)
-                                            : NotNegative(WantedHeight(tile, height) - margins.top - margins.bottom);
+    const int32_t tileHeight = tiles.shared
+                                   ? tiles.share + (last ? tiles.rest : 0)
+                                   : NotNegative(WantedHeight(tile, height) - margins.top - margins.bottom);
     tile.SetRect(CVrRect(margins.left, top, rect.width - margins.left - margins.right, tileHeight));
     tiles.bottom = top + tileHeight;
 }
@@ -292,7 +294,8 @@ int32_t CVrGuiFrameArea::PlaceListButton(CVrGuiElement& child, int32_t y) const 
 }
 
 void CVrGuiFrameArea::PlaceChildren(CVrGuiFrame* frame, TileColumn& tiles, int32_t height) {
-    const bool switches = frame->frameType == ObjectType::Switch || frame->frameType == ObjectType::PushButton;
+    const bool switches =
+        frame->frameType == ObjectType::Switch || frame->frameType == ObjectType::PushButton;
     int32_t listY = 0;
     int32_t gridIndex = 0;
     int32_t tileIndex = 0;

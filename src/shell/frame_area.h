@@ -30,17 +30,17 @@ public:
     // Gives a switch or push button its place: one, two or three large ones, the grid for more.
     void PlaceSwitchButton(CVrGuiElement& button, int32_t index);
 
-    int32_t buttonCount = 0;      // grid buttons that the control created
-    int32_t laidOutCount = 0;     // the buttonCount that the row table was built for
-    int32_t rowCols[3] = {};      // columns of row 0, of row 1, of all later rows
-    int32_t rowCount = 0;         // rows that share the height
-    int32_t totalRows = 0;        // all rows of the grid
-    int32_t gap = 0;              // pixels between cells
-    int32_t fixedCols = 0;        // not 0: a grid of that many columns of cellW by cellH
-    int32_t topInset = 0;         // pixels kept free at the top for a widget of the control
-    bool animateLayout = false;   // ApplyLayout glides the buttons to their new places
+    int32_t buttonCount = 0;    // grid buttons that the control created
+    int32_t laidOutCount = 0;   // the buttonCount that the row table was built for
+    int32_t rowCols[3] = {};    // columns of row 0, of row 1, of all later rows
+    int32_t rowCount = 0;       // rows that share the height
+    int32_t totalRows = 0;      // all rows of the grid
+    int32_t gap = 0;            // pixels between cells
+    int32_t fixedCols = 0;      // not 0: a grid of that many columns of cellW by cellH
+    int32_t topInset = 0;       // pixels kept free at the top for a widget of the control
+    bool animateLayout = false; // ApplyLayout glides the buttons to their new places
     CVrAnimArray<CVrRect> fromRects, toRects;
-    uint32_t duration = 200;      // ms
+    uint32_t duration = 200; // ms
     CVrAnimCurve curve;
     CVrTweenAnimation<CVrAnimArray<CVrRect>> tween;
     int32_t cellW = 0, cellH = 0; // cell of a fixed grid
@@ -56,9 +56,9 @@ private:
     };
     struct TileColumn {
         int32_t count = 0, left = 0, gap = 0, heightSum = 0;
-        bool shared = false;          // the tiles divide the area's height among them
-        int32_t share = 0, rest = 0;  // pixels each, and what the last one gets on top
-        int32_t bottom = 0;           // bottom edge of the last placed tile
+        bool shared = false;         // the tiles divide the area's height among them
+        int32_t share = 0, rest = 0; // pixels each, and what the last one gets on top
+        int32_t bottom = 0;          // bottom edge of the last placed tile
     };
 
     static Margins ButtonMargins(const CVrGuiElement& button);

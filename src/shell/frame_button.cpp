@@ -20,17 +20,17 @@ namespace {
 // The corner zone is the extra symbol's square with this much room around it.
 constexpr int32_t kCornerZoneMargin = 20;
 
-constexpr int32_t kSwipeTravel = 18;    // pixels along the direction of a swipe
-constexpr int32_t kSwipeLead = 4;       // by which that exceeds the travel across
-constexpr uint32_t kArrowSize = 48;     // pixels
-constexpr int32_t kArrowMargin = 24;    // from the button's edge
-constexpr int32_t kCornerMargin = 10;   // of the extra symbol from the edges
-constexpr int32_t kDefaultRadius = 15;  // of a picture without style
-constexpr uint32_t kNightTint = 0x55B00000;  // alpha 85
-constexpr uint32_t kBandColor = 0x667F7C77;  // alpha 102
-constexpr int32_t kBandMargin = 10;          // above the text
-constexpr int32_t kRampLength = 250;         // pixels
-constexpr int32_t kRampAlpha = 204;          // at the edge
+constexpr int32_t kSwipeTravel = 18;        // pixels along the direction of a swipe
+constexpr int32_t kSwipeLead = 4;           // by which that exceeds the travel across
+constexpr uint32_t kArrowSize = 48;         // pixels
+constexpr int32_t kArrowMargin = 24;        // from the button's edge
+constexpr int32_t kCornerMargin = 10;       // of the extra symbol from the edges
+constexpr int32_t kDefaultRadius = 15;      // of a picture without style
+constexpr uint32_t kNightTint = 0x55B00000; // alpha 85
+constexpr uint32_t kBandColor = 0x667F7C77; // alpha 102
+constexpr int32_t kBandMargin = 10;         // above the text
+constexpr int32_t kRampLength = 250;        // pixels
+constexpr int32_t kRampAlpha = 204;         // at the edge
 constexpr uint32_t kRampColor = 0x555350;
 
 // A square of `side` pixels at (x, y), moved into a box of that size if it leaves it at the left or the top.
@@ -39,7 +39,8 @@ CVrRect SquareInside(int32_t x, int32_t y, int32_t side) {
 }
 
 bool ContainsEdges(const CVrRect& square, const CVrPoint& point) {
-    return point.x >= square.x && point.x <= square.Right() && point.y >= square.y && point.y <= square.Bottom();
+    return point.x >= square.x && point.x <= square.Right() && point.y >= square.y &&
+           point.y <= square.Bottom();
 }
 
 // Strength of a ramp that begins at an edge, `distance` pixels away from it.
@@ -191,7 +192,8 @@ CVrRect CVrGuiFrameCoverBtn::CornerSquare() const {
 }
 
 bool CVrGuiFrameCoverBtn::IsCornerHit(const CVrPoint& point) const {
-    return addIcon.HasBitmap() && addIcon.requestedSize > 0 && ContainsEdges(CornerSquare(), point - rect.Origin());
+    return addIcon.HasBitmap() && addIcon.requestedSize > 0 &&
+           ContainsEdges(CornerSquare(), point - rect.Origin());
 }
 
 void CVrGuiFrameCoverBtn::SetArrows(const CVrxStringU& leftName, const CVrxStringU& rightName) {
@@ -245,13 +247,14 @@ void CVrGuiFrameCoverBtn::DrawPicture(CVrGuiElement& target, const CVrPoint& ori
 }
 
 // From a little above the text to the bottom of the picture, so that the text reads on any picture.
-void CVrGuiFrameCoverBtn::DrawTextBand(CVrGuiElement& target, const Placement& place, const CVrRect& picture) {
+void CVrGuiFrameCoverBtn::DrawTextBand(CVrGuiElement& target, const Placement& place,
+                                       const CVrRect& picture) {
     if (!HasSymbol() || text.IsEmpty() || !Has(LayoutAnyText) || Has(LayoutTextBelow))
         return;
     const int32_t top = std::max(place.first.y - kBandMargin, picture.y);
     if (top < picture.Bottom())
-        target.FillRoundRect(CVrRect::FromEdges(picture.x, top, picture.Right(), picture.Bottom()), PictureRadius(),
-                             CornerAll, kBandColor);
+        target.FillRoundRect(CVrRect::FromEdges(picture.x, top, picture.Right(), picture.Bottom()),
+                             PictureRadius(), CornerAll, kBandColor);
 }
 
 uint32_t CVrGuiFrameCoverBtn::SecondLineColor() const {
@@ -294,11 +297,13 @@ void CVrGuiFrameCoverBtn::Darken(CVrGuiElement& target, const CVrRect& area) con
     for (int32_t y = 0; y < rows; y++) {
         const int32_t bottom = RampAt(area.height - 1 - y, bottomLength);
         for (uint32_t x = 0; x < width; x++)
-            line[x] = static_cast<uint32_t>(CombinedRamps(static_cast<int32_t>(sides[x]), bottom)) << 24 | kRampColor;
+            line[x] = static_cast<uint32_t>(CombinedRamps(static_cast<int32_t>(sides[x]), bottom)) << 24 |
+                      kRampColor;
         const int32_t fromEdge = std::min(y, area.height - 1 - y);
         for (int32_t x = 0; fromEdge < corner && x < std::min(corner, area.width); x++) {
             const uint32_t coverage = table[fromEdge * corner + x];
-            for (uint32_t* pixel : {&line[static_cast<uint32_t>(x)], &line[width - 1 - static_cast<uint32_t>(x)]})
+            for (uint32_t* pixel :
+                 {&line[static_cast<uint32_t>(x)], &line[width - 1 - static_cast<uint32_t>(x)]})
                 *pixel = (*pixel >> 24) * coverage / 255 << 24 | kRampColor;
         }
         pixelops::BestLoops().blendColors(target.Row(area.y + y) + area.x, &line[0], width);

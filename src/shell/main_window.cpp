@@ -180,7 +180,8 @@ void CVrGuiMainWin::ResetActionbarButtons() {
 }
 
 void CVrGuiMainWin::LendSharedElements(CVrGuiElement& page) {
-    for (CVrGuiElement* shared : std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame}) {
+    for (CVrGuiElement* shared :
+         std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame}) {
         if (!shared)
             continue;
         shared->SetParent(&page);
@@ -189,7 +190,8 @@ void CVrGuiMainWin::LendSharedElements(CVrGuiElement& page) {
 }
 
 void CVrGuiMainWin::HideSharedElements() {
-    for (CVrGuiElement* shared : std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame})
+    for (CVrGuiElement* shared :
+         std::initializer_list<CVrGuiElement*>{actionbar, popupFrame, popupSliderFrame})
         if (shared)
             shared->SetHidden(true);
 }
@@ -245,7 +247,8 @@ void CVrGuiMainWin::WakeFromDark(uint32_t eventType) {
 
 // A tap on the content beside the popups; the menu row and the action bar keep their taps.
 bool CVrGuiMainWin::TapClosesPopup(const CVrPoint& point) const {
-    for (const CVrGuiElement* popup : std::initializer_list<const CVrGuiElement*>{popupFrame, popupSliderFrame})
+    for (const CVrGuiElement* popup :
+         std::initializer_list<const CVrGuiElement*>{popupFrame, popupSliderFrame})
         if (IsUp(popup) && ScreenRectContains(*popup, point))
             return false;
     return LiesInFrameArea(*this, point);
@@ -291,7 +294,8 @@ bool ServesRunningControl(const CVrGuiFrame& page) {
 CVrGuiElement* CVrGuiMainWin::FindActiveControl(CVrGuiElement* element) const {
     if (!element || (element->IsHidden() && element != this))
         return nullptr;
-    if (element->type == ElementType::Frame && ServesRunningControl(static_cast<const CVrGuiFrame&>(*element)))
+    if (element->type == ElementType::Frame &&
+        ServesRunningControl(static_cast<const CVrGuiFrame&>(*element)))
         return element;
     for (uint32_t i = 0; i < element->ChildCount(); i++)
         if (CVrGuiElement* found = FindActiveControl(element->Child(i)))

@@ -69,39 +69,39 @@ public:
     // The display begins to rest.
     void EnterIdle();
 
-    CVrGuiMenu* menu = nullptr;                 // child; null until CreateContent
-    CVrGuiActionbar* actionbar = nullptr;       // owned by the page that it hangs under at the moment
-    CVrGuiPopupFrame* popupFrame = nullptr;     // likewise
+    CVrGuiMenu* menu = nullptr;                         // child; null until CreateContent
+    CVrGuiActionbar* actionbar = nullptr;               // owned by the page that it hangs under at the moment
+    CVrGuiPopupFrame* popupFrame = nullptr;             // likewise
     CVrGuiPopupSliderFrame* popupSliderFrame = nullptr; // likewise
-    CVrGuiElement* pairingScreen = nullptr;     // child, made on demand
-    CVrGuiElement* screenSaver = nullptr;       // child, made on demand
-    uint32_t brightness = 60;                   // percent
-    uint32_t splashMs = 500;                    // how long the splash stays before the load goes on
-    bool idle = false;                          // the display rests
-    bool keepOn = false;                        // the interaction timeout does not run
-    bool dnd = false, dis = false;              // stored only
-    bool displayOff = false;                    // dark; a touch then only wakes
-    bool eco = false;                           // rest goes dark, never to the screen saver
-    bool swallowUntilUp = false;                // the rest of the touch that woke the display is dropped
+    CVrGuiElement* pairingScreen = nullptr;             // child, made on demand
+    CVrGuiElement* screenSaver = nullptr;               // child, made on demand
+    uint32_t brightness = 60;                           // percent
+    uint32_t splashMs = 500;                            // how long the splash stays before the load goes on
+    bool idle = false;                                  // the display rests
+    bool keepOn = false;                                // the interaction timeout does not run
+    bool dnd = false, dis = false;                      // stored only
+    bool displayOff = false;                            // dark; a touch then only wakes
+    bool eco = false;                                   // rest goes dark, never to the screen saver
+    bool swallowUntilUp = false; // the rest of the touch that woke the display is dropped
     bool presence = false, presenceKnown = false;
     bool night = false;
-    int32_t brightnessDelta = -2;               // -5..5, stored only
-    int32_t brightnessGain = 0;                 // -5..5, stored only
-    uint64_t idleSince = 0;                     // tick; 0 while awake
-    uint64_t lastInteraction = 0;               // tick
+    int32_t brightnessDelta = -2; // -5..5, stored only
+    int32_t brightnessGain = 0;   // -5..5, stored only
+    uint64_t idleSince = 0;       // tick; 0 while awake
+    uint64_t lastInteraction = 0; // tick
     CVrMutex animationLock;
-    uint32_t roomCo2 = 0;                       // ppm
-    int32_t roomTemperature = 220;              // tenths of a degree Celsius
-    uint32_t roomHumidity = 0;                  // percent
+    uint32_t roomCo2 = 0;          // ppm
+    int32_t roomTemperature = 220; // tenths of a degree Celsius
+    uint32_t roomHumidity = 0;     // percent
     bool use24Hours = true;
     uint32_t dateOrder = 0;
     uint32_t fahrenheit = 0;
     char dateSeparator = '.';
-    uint8_t restMode = 1;                       // 0..5
-    uint64_t interactionTimeout = 60'000;       // ms; 0 switches it off
-    bool loading = false;                       // the loading message is up, all touch is ignored
-    bool emptyConfiguration = false;            // the message for an empty structure is up
-    bool swallowAfterPopup = false;             // from a down that closed a popup until the matching up
+    uint8_t restMode = 1;                 // 0..5
+    uint64_t interactionTimeout = 60'000; // ms; 0 switches it off
+    bool loading = false;                 // the loading message is up, all touch is ignored
+    bool emptyConfiguration = false;      // the message for an empty structure is up
+    bool swallowAfterPopup = false;       // from a down that closed a popup until the matching up
 
 private:
     void WakeFromDark(uint32_t eventType);

@@ -13,10 +13,11 @@ namespace {
 
 constexpr int32_t kLeftArrowSymbol = 11005;
 constexpr int32_t kRightArrowSymbol = 11006;
-constexpr int32_t kArrowSize = 32;   // pixels
-constexpr int32_t kArrowZone = 64;   // width of the touch zone under an arrow; narrower than the fade on purpose
-constexpr int32_t kFadeWidth = 96;   // pixels over which the row dissolves under an arrow
-constexpr int32_t kPageStep = 5;     // buttons that one tap on an arrow moves
+constexpr int32_t kArrowSize = 32; // pixels
+constexpr int32_t kArrowZone =
+    64; // width of the touch zone under an arrow; narrower than the fade on purpose
+constexpr int32_t kFadeWidth = 96; // pixels over which the row dissolves under an arrow
+constexpr int32_t kPageStep = 5;   // buttons that one tap on an arrow moves
 constexpr uint32_t kRgbMask = 0x00FFFFFF;
 constexpr uint32_t kOpaque = 0xFF000000;
 
@@ -188,10 +189,11 @@ void CVrGuiMenu::DrawAfterChildren() {
     const uint32_t clear = Transparent(solid);
     const int32_t fade = std::min(rect.width, kFadeWidth);
     const int32_t arrowY = origin.y + (rect.height - kArrowSize) / 2;
-    const uint32_t arrowColor = ClassColor(ElementType::MenuBtn, ColorSymbolSelected, colors[ColorSymbolSelected]);
+    const uint32_t arrowColor =
+        ClassColor(ElementType::MenuBtn, ColorSymbolSelected, colors[ColorSymbolSelected]);
     if (RightArrowShown()) {
-        target->FillRoundRect(CVrRect(origin.x + rect.width - fade, origin.y, fade, rect.height), 0, CornerNone,
-                              clear, CornerAlpha::Blend, solid, Gradient::Horizontal);
+        target->FillRoundRect(CVrRect(origin.x + rect.width - fade, origin.y, fade, rect.height), 0,
+                              CornerNone, clear, CornerAlpha::Blend, solid, Gradient::Horizontal);
         target->DrawSvg(rightArrow.image, CVrPoint(origin.x + rect.width - kArrowSize, arrowY), arrowColor);
     }
     if (LeftArrowShown()) {

@@ -10,7 +10,8 @@ VR_REGISTER_ELEMENT(CVrGuiNumKeypad)
 
 namespace {
 
-constexpr uint32_t kMarginValue = 16; // position of the margin in the list of values; the list may end before it
+constexpr uint32_t kMarginValue =
+    16; // position of the margin in the list of values; the list may end before it
 constexpr int32_t kColumns = 3, kRows = 4;
 constexpr int32_t kZeroKeyId = 10;
 constexpr uint32_t kBlack = 0xFF000000, kRed = 0xFFFF0000;
@@ -95,7 +96,7 @@ bool CVrGuiNumKeypad::ApplyLayout() {
     const int32_t dotRow = dotCount > 0 ? static_cast<int32_t>(dotPitch) : gap;
     free -= dotRow;
     const CVrRect firstKey(margin, top + dotRow, (rect.width - 2 * (margin + gap)) / kColumns,
-                       (free - (kRows - 1) * gap) / kRows);
+                           (free - (kRows - 1) * gap) / kRows);
     PlaceKeys(firstKey);
     return true;
 }

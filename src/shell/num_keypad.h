@@ -46,17 +46,17 @@ public:
     CVrGuiFrameBtn* keys[kKeys] = {};     // children: 1 to 9, then 0
     uint32_t dotColors[kMaxDots] = {};    // 0xAARRGGBB
     uint32_t entryState = EntryEmpty;
-    uint32_t dotSize = 0;                 // pixels
-    uint32_t dotPitch = 0;                // pixels; 0: no dots
-    CVrGuiIcon dotIcon;                   // loaded by the creator
-    uint32_t keyColor = 0;                // background of a pressed key
+    uint32_t dotSize = 0;  // pixels
+    uint32_t dotPitch = 0; // pixels; 0: no dots
+    CVrGuiIcon dotIcon;    // loaded by the creator
+    uint32_t keyColor = 0; // background of a pressed key
     uint32_t lastDigit = 0;
-    uint32_t value = 0;                   // the digits as a number
+    uint32_t value = 0; // the digits as a number
     uint32_t maxDigits = 4;
-    uint32_t entered = 0;                 // digits
-    uint32_t dotDelay = 0;                // ms for each dot of the countdown
+    uint32_t entered = 0;  // digits
+    uint32_t dotDelay = 0; // ms for each dot of the countdown
     uint64_t pressTick = 0;
-    int32_t dotsLeft = 0;                 // dots still black
+    int32_t dotsLeft = 0; // dots still black
     CVrElementRef<> pressedKey;
 
 private:

@@ -121,7 +121,8 @@ int32_t CVrGuiPopupMenu::PlaceRows(int32_t& cut) {
             y += rowGap;
         if (index == 1 && popupMode == PopupMode::Volumes)
             y += rowGap; // the master row stands apart
-        row.SetRect(row.EvaluateStyle(StylePart::Element).MovedTo(row.EvaluateStyle(StylePart::Element).x, y));
+        row.SetRect(
+            row.EvaluateStyle(StylePart::Element).MovedTo(row.EvaluateStyle(StylePart::Element).x, y));
         y += rowHeight;
         index++;
     });
@@ -130,7 +131,8 @@ int32_t CVrGuiPopupMenu::PlaceRows(int32_t& cut) {
 
 void CVrGuiPopupMenu::LayOutRows(int32_t bottom) {
     const CVrGuiElement& first = *Child(0);
-    visibleRows = std::min(static_cast<int32_t>(ChildCount()), GetStyleValue(StyleValue::PopupMenuMaxVisible));
+    visibleRows =
+        std::min(static_cast<int32_t>(ChildCount()), GetStyleValue(StyleValue::PopupMenuMaxVisible));
     rowHeight = first.EvaluateStyle(StylePart::Element).height;
     rowGap = first.style ? first.style->element.gap : 0;
     int32_t view = -1;
@@ -162,7 +164,8 @@ void CVrGuiPopupMenu::DrawContent() {
         return;
     const CVrRect& master = Child(0)->rect;
     const int32_t middle = (master.Bottom() + Child(1)->rect.y) / 2;
-    target->FillRect(CVrRect(master.x, middle - 1, master.width, 2).Moved(origin), parent->colors[ColorFrameLine]);
+    target->FillRect(CVrRect(master.x, middle - 1, master.width, 2).Moved(origin),
+                     parent->colors[ColorFrameLine]);
 }
 
 // ---------------------------------------------------------------------------------------------- rows
@@ -216,7 +219,8 @@ CVrGuiPopupMenuSlider* CVrGuiPopupMenu::AddSliderRow(int32_t rowId, const CVrxSt
 
 CVrGuiPopupMenuSlider* CVrGuiPopupMenu::FindSliderRow(int32_t rowId) const {
     for (uint32_t i = 0; i < ChildCount(); i++)
-        if (CVrGuiElement* row = Child(i); row && row->type == ElementType::PopupMenuSlider && row->id == rowId)
+        if (CVrGuiElement* row = Child(i);
+            row && row->type == ElementType::PopupMenuSlider && row->id == rowId)
             return static_cast<CVrGuiPopupMenuSlider*>(row);
     return nullptr;
 }
@@ -254,7 +258,8 @@ CVrGuiTreeListBtn* CVrGuiPopupMenu::AddValueRow(const CVrxStringU& title, const 
     return SetValueRow(ChildCount() - 1, title, value);
 }
 
-CVrGuiTreeListBtn* CVrGuiPopupMenu::SetValueRow(uint32_t index, const CVrxStringU& title, const CVrxStringU& value) {
+CVrGuiTreeListBtn* CVrGuiPopupMenu::SetValueRow(uint32_t index, const CVrxStringU& title,
+                                                const CVrxStringU& value) {
     CVrGuiElement* child = Child(index);
     if (!child || child->type != ElementType::TreeListBtn)
         return nullptr;

@@ -15,8 +15,9 @@ constexpr int32_t kFullProgress = 100;
 constexpr uint32_t kEveryPass = 1; // ms: the timer fires on each pass of the main loop
 
 CVrGuiPopupMenu* MenuOf(const CVrGuiElement& row) {
-    return row.parent && row.parent->type == ElementType::PopupMenu ? static_cast<CVrGuiPopupMenu*>(row.parent)
-                                                                    : nullptr;
+    return row.parent && row.parent->type == ElementType::PopupMenu
+               ? static_cast<CVrGuiPopupMenu*>(row.parent)
+               : nullptr;
 }
 
 } // namespace
@@ -76,7 +77,8 @@ bool CVrGuiPopupMenuTextBtn::OnTimer(uint64_t now) {
         return false;
     }
     const uint64_t elapsed = now > holdStart ? now - holdStart : 0;
-    const auto progress = static_cast<int32_t>(std::min<uint64_t>(elapsed * kFullProgress / kHoldMs, kFullProgress));
+    const auto progress =
+        static_cast<int32_t>(std::min<uint64_t>(elapsed * kFullProgress / kHoldMs, kFullProgress));
     if (std::exchange(holdProgress, progress) != progress)
         Invalidate();
     if (elapsed >= kHoldMs)

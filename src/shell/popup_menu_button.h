@@ -34,7 +34,7 @@ public:
     uint64_t holdStart = 0;   // tick of touch-down
     int32_t holdProgress = 0; // 0..100
     bool holding = false;
-    bool holdDone = false;    // the hold reached its end
+    bool holdDone = false; // the hold reached its end
 
 private:
     void Highlight(bool on);

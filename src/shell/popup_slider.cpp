@@ -137,15 +137,16 @@ void CVrGuiSliderButton::DrawThumb(const Paint& paint) const {
     if (rect.width < kThumbWidth)
         return;
     const int32_t margin = std::max(kThumbMinMargin, rect.height / kThumbMarginPart);
-    const CVrRect thumb(std::clamp(BarWidth() - kThumbInset, 0, rect.width - kThumbWidth), margin, kThumbWidth,
-                        rect.height - 2 * margin);
+    const CVrRect thumb(std::clamp(BarWidth() - kThumbInset, 0, rect.width - kThumbWidth), margin,
+                        kThumbWidth, rect.height - 2 * margin);
     paint.target.FillRoundRect(thumb.Moved(paint.area.Origin()), kThumbRadius, CornerAll,
                                colors[ColorBackground] | kOpaque);
 }
 
 // At 0 text and symbols stand back: half their strength, mixed with the slider's own ground.
 uint32_t CVrGuiSliderButton::Dimmed(uint32_t color) const {
-    return value > 0 ? color : pixelops::BlendPixel(colors[ColorBackground], color, (color >> 24) / 2) | kOpaque;
+    return value > 0 ? color
+                     : pixelops::BlendPixel(colors[ColorBackground], color, (color >> 24) / 2) | kOpaque;
 }
 
 // Width that a symbol takes at its edge, its distance from the edge included.
@@ -190,9 +191,10 @@ void CVrGuiSliderButton::DrawIcons(const Paint& paint) const {
     const CVrGuiIcon* right = RightIcon();
     if (right && right->HasBitmap()) {
         const CVrSize size = SizeOf(*right);
-        paint.target.DrawSvg(right->image,
-                             paint.area.Origin().Moved(rect.width - gap - size.width, (rect.height - size.height) / 2),
-                             Dimmed(SymbolColor()));
+        paint.target.DrawSvg(
+            right->image,
+            paint.area.Origin().Moved(rect.width - gap - size.width, (rect.height - size.height) / 2),
+            Dimmed(SymbolColor()));
     }
 }
 

@@ -71,9 +71,9 @@ public:
     void AllowMute();
 
     bool canMute = false;
-    bool hasLastValue = false;              // `lastValue` holds something
-    int32_t lastValue = 0;                  // the last `value` above 0
-    CVrGuiIcon iconUnchecked, iconChecked;  // right symbol at 0, and above
+    bool hasLastValue = false;             // `lastValue` holds something
+    int32_t lastValue = 0;                 // the last `value` above 0
+    CVrGuiIcon iconUnchecked, iconChecked; // right symbol at 0, and above
 
 protected:
     int32_t DragTolerance() const override;

@@ -51,11 +51,16 @@ GroupScan ScanGroup(const CVrStructureItem& group) {
 // Symbol of a shading kind; 0 for a kind without one.
 int32_t ShadingSymbol(int32_t kind) {
     switch (kind) {
-    case 2: return 11009;
-    case 4: return 11015;
-    case 5: return 11012;
-    case 6: return 11018;
-    default: return 0;
+    case 2:
+        return 11009;
+    case 4:
+        return 11015;
+    case 5:
+        return 11012;
+    case 6:
+        return 11018;
+    default:
+        return 0;
     }
 }
 
@@ -143,9 +148,10 @@ static void SetGroupSymbol(CVrGuiMenuBtn& button, const CVrStructureItem& group,
 void CVrGuiMainWin::AddGroupEntry(CVrStructureItem& group, CVrGuiFrame*& firstPage) {
     const GroupScan scan = ScanGroup(group);
     const bool uniform = scan.commonType != 0;
-    CVrGuiFrame* page = AddPage(uniform ? CClassFactory::GetGuiClassName(static_cast<uint32_t>(scan.commonType))
-                                        : CVrxStringU("CVrGuiTreeLayout"),
-                                group, scan.commonType);
+    CVrGuiFrame* page =
+        AddPage(uniform ? CClassFactory::GetGuiClassName(static_cast<uint32_t>(scan.commonType))
+                        : CVrxStringU("CVrGuiTreeLayout"),
+                group, scan.commonType);
     if (!page)
         return;
     if (!firstPage)

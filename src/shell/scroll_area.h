@@ -8,15 +8,14 @@
 // (KeepsContent). Content that fits needs none of this: in the fixed state the area has no store and its
 // children are hit directly.
 //
-//   state            entered by                  left by
+//   state            entered by                       left by
 //   Idle             construction, end of a gesture   down: Pressed
-//   Pressed          down                        travel past the tolerance: Dragging, or ChildOwnsFinger if
-//   the child
-//                                                does not let go; up: Idle or Coasting
-//   Dragging         Pressed                     up: Idle or Coasting
-//   ChildOwnsFinger  Pressed                     up: Idle
-//   Coasting         Settle                      at rest: Idle; down: Pressed; Cancel: Idle
-//   Fixed            SetFixed                    SetScrolling
+//   Pressed          down                             travel past the tolerance: Dragging, or ChildOwnsFinger
+//                                                     if the child does not let go; up: Idle or Coasting
+//   Dragging         Pressed                          up: Idle or Coasting
+//   ChildOwnsFinger  Pressed                          up: Idle
+//   Coasting         Settle                           at rest: Idle; down: Pressed; Cancel: Idle
+//   Fixed            SetFixed                         SetScrolling
 //
 // All arithmetic uses the tick of the main loop's pass that delivers an event. Positions and velocities are
 // those of one axis; a velocity has the sign of the offset's change.

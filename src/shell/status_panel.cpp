@@ -37,9 +37,9 @@ constexpr uint32_t kDotAlpha[kSpinnerDots] = {255, 220, 185, 150, 120, 95, 75, 6
 struct Spinner {
     int32_t radius = 0, dot = 0, gap = 0;
 
-    explicit Spinner(const CVrRect& panel) :
-        radius(std::clamp(std::min(panel.width, panel.height) / 14, 16, 30)),
-        gap(std::clamp(panel.height / 25, 12, 22)) {
+    explicit Spinner(const CVrRect& panel)
+        : radius(std::clamp(std::min(panel.width, panel.height) / 14, 16, 30)),
+          gap(std::clamp(panel.height / 25, 12, 22)) {
         const int32_t raw = std::min(panel.width, panel.height) / 14;
         dot = raw < 16 ? 3 : raw > 30 ? 6 : std::clamp(radius / 5, 3, 6);
     }

@@ -291,10 +291,11 @@ void CVrGuiTreeListBtn::DrawTexts(const Paint& paint) {
     const int32_t height = titleHeight + (second.IsEmpty() ? 0 : HeightOf(lineFont, second));
     const int32_t y = area.y + (area.height - height) / 2 + textOffsetY;
     if (titleFont)
-        paint.target.DrawText(CVrPoint(x, y), *titleFont, title.CStr(), TextColor(), BackgroundColor(), area.width);
-    if (lineFont && !second.IsEmpty())
-        paint.target.DrawText(CVrPoint(x, y + titleHeight), *lineFont, second.CStr(), TextColor(), BackgroundColor(),
+        paint.target.DrawText(CVrPoint(x, y), *titleFont, title.CStr(), TextColor(), BackgroundColor(),
                               area.width);
+    if (lineFont && !second.IsEmpty())
+        paint.target.DrawText(CVrPoint(x, y + titleHeight), *lineFont, second.CStr(), TextColor(),
+                              BackgroundColor(), area.width);
 }
 
 // The value, or else the arrow. Returns the width that it takes from the title's room.
@@ -314,7 +315,8 @@ int32_t CVrGuiTreeListBtn::DrawRightEnd(const Paint& paint) {
     const auto column = static_cast<int32_t>(arrowWidth);
     const auto side = static_cast<int32_t>(arrowSize);
     const CVrRect box(area.Right() - paint.margins.right - column, area.y, column, area.height);
-    paint.target.DrawSvg(arrowIcon.image, CVrRect(0, 0, side, side).CenteredWithin(box).Origin(), SymbolColor());
+    paint.target.DrawSvg(arrowIcon.image, CVrRect(0, 0, side, side).CenteredWithin(box).Origin(),
+                         SymbolColor());
     return column + paint.margins.right;
 }
 

@@ -41,25 +41,25 @@ public:
     // A row that shows something and takes no touch.
     bool IsPlain() const;
 
-    CVrxStringU arrowName;        // static symbol at the right end
-    uint32_t arrowSize = 48;      // pixels
+    CVrxStringU arrowName;   // static symbol at the right end
+    uint32_t arrowSize = 48; // pixels
     CVrGuiIcon arrowIcon;
-    bool arrowLoaded = false;     // `arrowIcon` has a bitmap
-    CVrxStringU valueText;        // at the right end; beats the symbol
-    CVrxStringU secondLine;       // under the title
-    int32_t valueFont = -1;       // below 0: `fontIndex`
-    uint32_t secondFont = 6;      // 35 pixels
-    uint32_t arrowWidth = 44;     // pixels of the column of the right-end symbol
-    uint32_t rightMargin = 18;    // pixels, of a tile
+    bool arrowLoaded = false;  // `arrowIcon` has a bitmap
+    CVrxStringU valueText;     // at the right end; beats the symbol
+    CVrxStringU secondLine;    // under the title
+    int32_t valueFont = -1;    // below 0: `fontIndex`
+    uint32_t secondFont = 6;   // 35 pixels
+    uint32_t arrowWidth = 44;  // pixels of the column of the right-end symbol
+    uint32_t rightMargin = 18; // pixels, of a tile
     bool statusRow = false;
     bool pushMode = false;
-    bool pushShown = false;       // the symbol shows the pressed state
+    bool pushShown = false; // the symbol shows the pressed state
     bool fading = false;
-    bool fadeIn = false;          // towards dark
-    uint64_t fadeStart = 0;       // tick
-    uint32_t fadeDelay = 0;       // ms before the change starts
-    uint32_t fadeDuration = 150;  // ms
-    uint8_t fade = 0;             // 0: normal background, 255: dark
+    bool fadeIn = false;         // towards dark
+    uint64_t fadeStart = 0;      // tick
+    uint32_t fadeDelay = 0;      // ms before the change starts
+    uint32_t fadeDuration = 150; // ms
+    uint8_t fade = 0;            // 0: normal background, 255: dark
 
 private:
     struct Paint;

@@ -44,7 +44,8 @@ TestHouse FourSwitches() {
 
 TEST(GoldenPages, OneToFourSwitches) {
     TestDisplay display(FourSwitches());
-    static_cast<CVrStructureItemSwitch*>(display.App().structure.root.children[1]->children[1])->active = true;
+    static_cast<CVrStructureItemSwitch*>(display.App().structure.root.children[1]->children[1])->active =
+        true;
     for (uint32_t count = 1; count <= 4; count++) {
         ShowSwitches(display, count);
         EXPECT_TRUE(ScreenMatches(display, "switches-" + std::to_string(count)));
@@ -52,7 +53,8 @@ TEST(GoldenPages, OneToFourSwitches) {
 }
 
 TEST(GoldenPages, PushButtonHeld) {
-    TestDisplay display(TestHouse::Of(R"([{"T":493,"U":1,"N":"Door opener","C":1},{"T":342,"U":2,"N":"S","C":1}])"));
+    TestDisplay display(
+        TestHouse::Of(R"([{"T":493,"U":1,"N":"Door opener","C":1},{"T":342,"U":2,"N":"S","C":1}])"));
     display.Down(360, 400);
     display.Settle();
     EXPECT_TRUE(ScreenMatches(display, "push-button-held"));
@@ -60,7 +62,8 @@ TEST(GoldenPages, PushButtonHeld) {
 }
 
 TEST(GoldenPages, ComingSoon) {
-    TestDisplay display(TestHouse::Of(R"([{"T":458,"U":1,"N":"Front door","C":1},{"T":342,"U":2,"N":"S","C":1}])"));
+    TestDisplay display(
+        TestHouse::Of(R"([{"T":458,"U":1,"N":"Front door","C":1},{"T":342,"U":2,"N":"S","C":1}])"));
     display.Settle();
     EXPECT_TRUE(ScreenMatches(display, "coming-soon"));
     display.Tap(360, 400);

@@ -54,7 +54,8 @@ namespace {
 using Events = std::vector<std::string>;
 
 std::unique_ptr<CVrGuiImage> Cover(int32_t width, int32_t height) {
-    std::ifstream file(std::string(WALLSLATE_SOURCE_DIR) + "/resources/cover/default_1.jpg", std::ios::binary);
+    std::ifstream file(std::string(WALLSLATE_SOURCE_DIR) + "/resources/cover/default_1.jpg",
+                       std::ios::binary);
     const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     CVrGuiImage picture;
     CJpeg decoder;
@@ -185,7 +186,9 @@ struct TilesOnDisplay : PageOnDisplay {
         page->ApplyLayout();
         Repaint();
     }
-    CVrGuiTreeListBtn& Tile(uint32_t index) { return *static_cast<CVrGuiTreeListBtn*>(page->frameArea->Child(index)); }
+    CVrGuiTreeListBtn& Tile(uint32_t index) {
+        return *static_cast<CVrGuiTreeListBtn*>(page->frameArea->Child(index));
+    }
 };
 
 } // namespace

@@ -11,13 +11,13 @@
 namespace {
 
 std::string Switch(int uuid, const char* more = "") {
-    return R"({"T":342,"U":)" + std::to_string(uuid) + R"(,"N":"Switch )" + std::to_string(uuid) + R"(","C":1)" +
-           more + "}";
+    return R"({"T":342,"U":)" + std::to_string(uuid) + R"(,"N":"Switch )" + std::to_string(uuid) +
+           R"(","C":1)" + more + "}";
 }
 
 std::string Shading(int uuid, int type, int kind) {
-    return R"({"T":)" + std::to_string(type) + R"(,"U":)" + std::to_string(uuid) + R"(,"N":"Blind","details":{"type":)" +
-           std::to_string(kind) + "}}";
+    return R"({"T":)" + std::to_string(type) + R"(,"U":)" + std::to_string(uuid) +
+           R"(,"N":"Blind","details":{"type":)" + std::to_string(kind) + "}}";
 }
 
 CVrGuiMenuBtn* MenuButton(TestDisplay& display, uint32_t index) {
@@ -72,8 +72,9 @@ TEST(MainWindow, BrokenTablesLeaveTheRestOfTheHouse) {
 }
 
 TEST(MainWindow, UniformGroupsOfShadingsShareOnePage) {
-    TestDisplay display(TestHouse::Of(R"([{"N":"Blinds","sub":[)" + Shading(1, 476, 4) + "," + Shading(2, 502, 4) +
-                                      R"(]},{"N":"Mixed","sub":[)" + Shading(3, 476, 2) + "," + Switch(4) + "]}]"));
+    TestDisplay display(TestHouse::Of(R"([{"N":"Blinds","sub":[)" + Shading(1, 476, 4) + "," +
+                                      Shading(2, 502, 4) + R"(]},{"N":"Mixed","sub":[)" + Shading(3, 476, 2) +
+                                      "," + Switch(4) + "]}]"));
     auto* blinds = MenuButton(display, 0)->linkedElement.As<CVrGuiFrame>();
     ASSERT_NE(blinds, nullptr);
     EXPECT_EQ(blinds->frameType, 476U);
@@ -83,7 +84,8 @@ TEST(MainWindow, UniformGroupsOfShadingsShareOnePage) {
 }
 
 TEST(MainWindow, HiddenPlayersGetNoPage) {
-    TestDisplay display(TestHouse::Of(R"([{"T":507,"U":1,"N":"Kitchen","details":{"hidden":true}},)" + Switch(2) + "]"));
+    TestDisplay display(
+        TestHouse::Of(R"([{"T":507,"U":1,"N":"Kitchen","details":{"hidden":true}},)" + Switch(2) + "]"));
     EXPECT_EQ(display.Root().menu->ChildCount(), 1U);
     EXPECT_EQ(display.App().structure.audioZones.GetSize(), 1U);
 }
@@ -130,6 +132,15 @@ TEST(MainWindow, GarbageTouchesNeverWedgeIt) {
     display.TakeCommands();
     display.Tap(360, 400);
     EXPECT_EQ(display.TakeCommands().size(), 1U);
+}
+
+TEST(MainWindow, ATouchDoesNotSwallowARepaintThatSomebodyAskedFor) {
+    TestDisplay display(TestHouse::Of("[" + Switch(1) + "]"));
+    display.Settle();
+    const uint32_t frames = display.FrameCount();
+    display.App().WakeForRepaint();
+    display.Move(1, 1); // reaches nothing, before the loop has run
+    EXPECT_EQ(display.FrameCount(), frames + 1);
 }
 
 TEST(MainWindow, AStructureCanBeReplaced) {

@@ -11,7 +11,8 @@ namespace {
 TestHouse Pages(int count) {
     std::string entries;
     for (int i = 1; i <= count; i++)
-        entries += (i > 1 ? "," : "") + std::string(R"({"T":342,"U":)") + std::to_string(i) + R"(,"N":"P","C":1})";
+        entries +=
+            (i > 1 ? "," : "") + std::string(R"({"T":342,"U":)") + std::to_string(i) + R"(,"N":"P","C":1})";
     return TestHouse::Of("[" + entries + "]");
 }
 

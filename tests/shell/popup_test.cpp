@@ -353,8 +353,8 @@ TEST(TouchFilter, NothingLooksPressedAfterTheFingerHasGone) {
 }
 
 TEST(Rest, ARunningActiveControllerOnTheVisiblePageHoldsItOff) {
-    TestDisplay display(TestHouse::Of(
-        R"([{"T":342,"U":1,"N":"One","C":1},{"T":342,"U":2,"N":"Two","C":1}])"));
+    TestDisplay display(
+        TestHouse::Of(R"([{"T":342,"U":1,"N":"One","C":1},{"T":342,"U":2,"N":"Two","C":1}])"));
     CVrGuiMainWin& root = display.Root();
     CVrStructureItem& first = *display.App().structure.root.children[0];
     first.activeController = true;

@@ -41,7 +41,8 @@ public:
     }
 
     uint32_t buttons = 4;
-    ActionKind kinds[4] = {ActionKind::Momentary, ActionKind::Held, ActionKind::OpensSlider, ActionKind::OpensMenu};
+    ActionKind kinds[4] = {ActionKind::Momentary, ActionKind::Held, ActionKind::OpensSlider,
+                           ActionKind::OpensMenu};
     std::vector<std::string> events;
     int refreshes = 0;
 };

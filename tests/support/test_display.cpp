@@ -37,8 +37,8 @@ TestHouse TestHouse::Of(const std::string& structure) {
 
 TestHouse TestHouse::FromFolder(const std::string& folder) {
     const std::string path = std::string(WALLSLATE_SOURCE_DIR) + "/" + folder + "/";
-    return {ReadFile(path + "categories.json"), ReadFile(path + "rooms.json"), ReadFile(path + "symbols.json"),
-            ReadFile(path + "structure.json")};
+    return {ReadFile(path + "categories.json"), ReadFile(path + "rooms.json"),
+            ReadFile(path + "symbols.json"), ReadFile(path + "structure.json")};
 }
 
 TestDisplay::TestDisplay(const TestHouse& house) {
@@ -53,7 +53,8 @@ TestDisplay::TestDisplay(const TestHouse& house) {
     app->mainWin.splashMs = 0;
     app->CreateScreen();
     app->InitAndLoad();
-    app->LoadStructure(house.structure.c_str(), house.categories.c_str(), house.rooms.c_str(), house.symbols.c_str());
+    app->LoadStructure(house.structure.c_str(), house.categories.c_str(), house.rooms.c_str(),
+                       house.symbols.c_str());
     app->BeginLoop();
 }
 

@@ -32,8 +32,8 @@ public:
 
     // ---- Time and touch, in screen pixels ----
 
-    void Pass();                   // one pass of the main loop, without waiting
-    void Advance(uint64_t ms);     // steps the clock in steps of 10 ms, with a pass after each
+    void Pass();               // one pass of the main loop, without waiting
+    void Advance(uint64_t ms); // steps the clock in steps of 10 ms, with a pass after each
     void Down(int32_t x, int32_t y);
     void Move(int32_t x, int32_t y);
     void Up(int32_t x, int32_t y);
