@@ -88,11 +88,11 @@ const Routines& PlainRoutines() {
 void ConvertPicture(const Routines& routines, const PlanarPicture& picture, uint32_t* out, size_t outStride,
                     Scale scale) {
     const Routines::ConvertRowPair convert = scale == Scale::Doubled ? routines.doubled : routines.same;
-    const size_t width = picture.width;
+    const size_t stride = picture.stride != 0 ? picture.stride : picture.width;
     for (size_t y = 0; y + 1 < picture.height; y += 2) {
-        const uint8_t* const luma = picture.luma + y * width;
-        const size_t chroma = y / 2 * (width / 2);
-        convert({{luma, luma + width},
+        const uint8_t* const luma = picture.luma + y * stride;
+        const size_t chroma = y / 2 * (stride / 2);
+        convert({{luma, luma + stride},
                  picture.cb + chroma,
                  picture.cr + chroma,
                  picture.width,

@@ -16,14 +16,15 @@
 
 namespace colour {
 
-// A picture in three borrowed planes without gaps between the rows: luma of width x height bytes, Cb and Cr
-// of a quarter of that.
+// A picture, or a part of one, in three borrowed planes: luma of width x height bytes, Cb and Cr of a quarter
+// of that.
 struct PlanarPicture {
     const uint8_t* luma = nullptr;
     const uint8_t* cb = nullptr;
     const uint8_t* cr = nullptr;
     uint32_t width = 0;  // samples, even
     uint32_t height = 0; // samples, even
+    uint32_t stride = 0; // luma samples from row to row, twice the chroma samples; even; 0: the width
 };
 
 enum class Scale : uint32_t { Same = 1, Doubled = 2 };

@@ -40,6 +40,7 @@ void Decoder::InitDecoder(u8* base, u32 size) {
     nextPicId = 0;
     geometryPending = false;
     streamWidth = streamHeight = 0;
+    streamCrop = CropWindow{};
     outputPicture = DecodedPicture{};
     droppedUnits = 0;
     if (void* memory = pool.nH264malloc(sizeof(MacroblockSyntax) + alignof(MacroblockSyntax),
@@ -89,7 +90,8 @@ AccessUnitResult Decoder::DecodeAccessUnit(u8* buffer, u32 size) {
 bool Decoder::TakeOutput() {
     bool any = false;
     while (const struct OutputPicture* next = storage.dpb.NextOutput()) {
-        outputPicture = {next->data, streamWidth, streamHeight, next->picId, next->numErrMbs, next->isIdr};
+        outputPicture = {next->data,  streamWidth,     streamHeight, streamCrop,
+                         next->picId, next->numErrMbs, next->isIdr};
         any = true;
     }
     return any;
@@ -100,6 +102,7 @@ void Decoder::ReadStreamGeometry() {
     if (const SeqParamSet* sps = storage.ActiveSps()) {
         streamWidth = sps->picWidthInMbs * MbSize;
         streamHeight = sps->picHeightInMbs * MbSize;
+        streamCrop = sps->Crop();
     }
 }
 

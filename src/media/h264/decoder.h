@@ -26,6 +26,7 @@ struct DecodedPicture {
     const u8* planes = nullptr; // borrowed; width * height * 3 / 2 bytes
     u32 width = 0;              // luma samples
     u32 height = 0;
+    CropWindow crop; // the whole picture where the stream has no cropping
     u32 picId = 0;
     u32 numErrMbs = 0; // concealed macroblocks
     bool isIdr = false;
@@ -47,7 +48,7 @@ public:
     // stored with the picture at its first slice.
     Result h264Decode(u8* stream, u32 length, u32 picId, u32* readBytes);
 
-    // Takes width and height of the active sequence.
+    // Takes width, height and cropping of the active sequence.
     void ReadStreamGeometry();
 
     // For statistics: NAL units that were dropped since InitDecoder().
@@ -104,6 +105,7 @@ private:
         false; // the last picture of the old sequence went out before the new size was read
     u32 streamWidth = 0;
     u32 streamHeight = 0;
+    CropWindow streamCrop;
     DecodedPicture outputPicture;
     u32 droppedUnits = 0;
 };

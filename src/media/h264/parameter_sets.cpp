@@ -114,9 +114,11 @@ bool ReadPicOrderCntSyntax(BitReader& reader, SeqParamSet* sps, i32* offsetForRe
     return true;
 }
 
+constexpr u32 CropUnit = 2; // luma samples; 4:2:0, frames only
+
 // One direction of the crop must leave at least one sample pair.
 bool CropFits(u32 first, u32 second, u32 sizeInMbs) {
-    constexpr u64 CropUnitsPerMb = 8; // two luma samples each
+    constexpr u64 CropUnitsPerMb = MbSize / CropUnit;
     return u64{first} + second + 1 <= CropUnitsPerMb * sizeInMbs;
 }
 
@@ -415,6 +417,14 @@ void ReadSliceGroupIds(BitReader reader, const PicParamSet& pps, u8* sliceGroupI
     const u32 bits = SliceGroupIdBits(pps.num_slice_groups);
     for (u64 i = 0; i <= pps.pic_size_in_map_units_minus1; ++i)
         sliceGroupId[i] = static_cast<u8>(reader.ReadBits(bits));
+}
+
+CropWindow SeqParamSet::Crop() const {
+    const u32 width = picWidthInMbs * MbSize;
+    const u32 height = picHeightInMbs * MbSize;
+    return {frame_crop_left_offset * CropUnit, frame_crop_top_offset * CropUnit,
+            width - (frame_crop_left_offset + frame_crop_right_offset) * CropUnit,
+            height - (frame_crop_top_offset + frame_crop_bottom_offset) * CropUnit};
 }
 
 bool SeqParamSet::SameSequence(const SeqParamSet& other) const {

@@ -45,6 +45,14 @@ struct VuiParameters {
 
 constexpr u32 MaxPicOrderCntCycle = 255; // num_ref_frames_in_pic_order_cnt_cycle
 
+// The part of a picture that the stream wants shown, in luma samples; even numbers.
+struct CropWindow {
+    u32 x = 0;
+    u32 y = 0;
+    u32 width = 0;
+    u32 height = 0;
+};
+
 // 7.3.2.1.1
 struct SeqParamSet {
     u8 profile_idc = 0;
@@ -73,6 +81,8 @@ struct SeqParamSet {
     VuiParameters vui;
     u32 maxDpbSize = 0; // pictures; from the level, the VUI or num_ref_frames
 
+    // The whole picture without frame_cropping_flag.
+    CropWindow Crop() const;
     u64 PicSizeInMbs() const { return u64{picWidthInMbs} * picHeightInMbs; }
     // True when pictures leave in decoding order: nothing needs to wait in the picture buffer.
     bool NoReordering() const {
