@@ -36,6 +36,7 @@ CVrGuiApp::CVrGuiApp() {
 CVrGuiApp::~CVrGuiApp() {
     RequestStop();
     Join();
+    videoDecoder.StopShowing(videoDecoder.videoElement);
     mainWin.DeleteChildren();
 }
 
@@ -252,6 +253,7 @@ void CVrGuiApp::MainLoop() {
     BeginLoop();
     while (!IsStopRequested())
         RunPass(m_timeout);
+    videoDecoder.StopShowing(videoDecoder.videoElement);
 }
 
 void CVrGuiApp::RunPass(uint32_t timeout) {

@@ -15,6 +15,7 @@
 #include "foundation/thread.h"
 #include "gui/application.h"
 #include "gui/frame_composer.h"
+#include "media/video_decoder.h"
 #include "platform/event.h"
 #include "shell/main_window.h"
 #include "structure/structure.h"
@@ -82,6 +83,7 @@ public:
     CVrStructure* Structure() const override { return const_cast<CVrStructure*>(&structure); }
     CVrArchive* DynamicArchive() const override { return const_cast<CVrArchive*>(&dynamicArchive); }
     CVrArchive* StaticArchive() const override { return const_cast<CVrArchive*>(&staticArchive); }
+    Ch264VideoDecoder* VideoDecoder() const override { return const_cast<Ch264VideoDecoder*>(&videoDecoder); }
     bool IsPopupUp() const override { return mainWin.IsPopupUp(); }
     uint64_t PassTick() const override { return now; }
     void SendCommand(const CVrxStringU& command) override;
@@ -99,6 +101,7 @@ public:
     CVrMutex screenLock; // guards the flip of screenIndex
     CVrStructure structure;
     CVrArchive dynamicArchive, staticArchive;
+    Ch264VideoDecoder videoDecoder; // runs while a camera is shown; owned by the GUI thread
     FrameSlot frameSlot = nullptr;
     DrainSlot drainSlot = nullptr;
     ReadySlot readySlot = nullptr;

@@ -12,6 +12,7 @@
 #include "gui/font_table.h"
 
 class CVrArchive;
+class Ch264VideoDecoder;
 class CVrStructure;
 class CVrxStringU;
 
@@ -30,8 +31,9 @@ public:
 
     virtual CVrGuiElement* Root() const { return nullptr; }
     virtual CVrStructure* Structure() const { return nullptr; }
-    virtual CVrArchive* DynamicArchive() const { return nullptr; } // symbols of the installation
-    virtual CVrArchive* StaticArchive() const { return nullptr; }  // the program's own symbols
+    virtual CVrArchive* DynamicArchive() const { return nullptr; }      // symbols of the installation
+    virtual CVrArchive* StaticArchive() const { return nullptr; }       // the program's own symbols
+    virtual Ch264VideoDecoder* VideoDecoder() const { return nullptr; } // the thread that shows a camera
     // True while the popup frame or the popup slider frame exists and is not hidden.
     virtual bool IsPopupUp() const { return false; }
     // Tick in ms of the main loop's current pass. Every event of a pass carries it.
