@@ -39,6 +39,11 @@ void CVrGuiActionbarBtn::ShowState(uint32_t newState) {
     Invalidate();
 }
 
+void CVrGuiActionbarBtn::SetRestState(uint32_t newState) {
+    restState = newState;
+    ShowState(newState);
+}
+
 void CVrGuiActionbarBtn::OnTouchDown(const CVrPoint&) {
     TheApplication()->SetCapture(this);
     if (IsLatching())
@@ -157,11 +162,11 @@ void CVrGuiActionbar::SetButton(uint32_t index, CVrGuiElement* buttonOwner, int3
         button->FreeMem();
     }
     button->SetHidden(false);
-    button->ShowState(StateNormal);
+    button->SetRestState(StateNormal);
 }
 
 void CVrGuiActionbar::ResetButtons() {
     for (uint32_t i = 0; i < ChildCount(); i++)
         if (CVrGuiActionbarBtn* button = Button(i); button && button->IsLatching())
-            button->ShowState(StateNormal);
+            button->ShowState(button->restState);
 }

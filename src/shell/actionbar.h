@@ -28,8 +28,11 @@ public:
     bool IsHeldKind() const { return Kind() == ActionKind::Held || Kind() == ActionKind::HeldValue; }
     bool IsLatching() const { return Kind() == ActionKind::OpensSlider || Kind() == ActionKind::OpensMenu; }
     void ShowState(uint32_t newState);
+    // Shows a state of the house while nothing is open: this is what ResetButtons goes back to. Until SetButton.
+    void SetRestState(uint32_t newState);
 
-    CVrElementRef<> owner; // the page that gets the events
+    CVrElementRef<> owner;            // the page that gets the events
+    uint32_t restState = StateNormal; // of a latching button
 
 private:
     void LetGo();
@@ -51,7 +54,7 @@ public:
     // Assigns the button at `index` and shows it; `symbolName` is a static symbol. Nothing for an index without a button.
     void SetButton(uint32_t index, CVrGuiElement* buttonOwner, int32_t buttonId,
                    const CVrxStringU& symbolName, ActionKind kind);
-    // Takes the mark off every button that opens a popup.
+    // Takes the mark of an open popup off every latching button.
     void ResetButtons();
     // The button at `index`; null if there is none.
     CVrGuiActionbarBtn* Button(uint32_t index) const;
