@@ -49,8 +49,9 @@ void CVrGuiApp::CreateScreen() {
 // ---------------------------------------------------------------------------------------------- loading
 
 void CVrGuiApp::InitAndLoad() {
+    LoadSettings();
     CVrTranslator::Instance().LoadFallback();
-    CVrTranslator::Instance().SetLanguage("");
+    CVrTranslator::Instance().SetLanguage(settings.language);
     mainWin.ShowSplash();
     LoadArchives();
     structure.styles.PrepareClasses();
@@ -260,6 +261,7 @@ void CVrGuiApp::RunPass(uint32_t timeout) {
     const uint32_t flags = WaitForWork(timeout);
     if (IsStopRequested())
         return;
+    pendingText.Clear();
     if (drainSlot)
         drainSlot();
     now = TickMs();

@@ -9,6 +9,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "app/runtime_settings.h"
+#include "app/settings.h"
 #include "foundation/archive.h"
 #include "foundation/byte_array.h"
 #include "foundation/mutex.h"
@@ -51,6 +53,12 @@ public:
     void InitAndLoad();
     // Loads the four JSON texts and builds the pages. Same thread as InitAndLoad, behind it.
     void LoadStructure(const char* config, const char* categories, const char* rooms, const char* symbols);
+
+    // ---- Settings of the host, on the GUI thread (runtime_settings.cpp) ----
+    // Formats, language and the counters of the house. While the counters stay the same the display goes to rest.
+    void HandleWallSlateSettingsMessage(const CVrDisplaySettings& message);
+    // Night mode, background, rest.
+    void HandleWallSlateRuntimeSettingsMessage(const CVrRuntimeMessage& message);
 
     // ---- Thread ----
     void MainLoop() override;
@@ -100,6 +108,9 @@ public:
     CVrxByteArray screenBuffer[2];
     CVrMutex screenLock; // guards the flip of screenIndex
     CVrStructure structure;
+    CVrDisplaySettings settings; // as the settings file holds them
+    CVrRuntimeMessage runtime;   // values in effect; `flags` collects what has ever been received
+    CVrxStringU pendingText;     // text of command 4, which nothing uses yet; forgotten at the next pass
     CVrArchive dynamicArchive, staticArchive;
     Ch264VideoDecoder videoDecoder; // runs while a camera is shown; owned by the GUI thread
     FrameSlot frameSlot = nullptr;
@@ -121,6 +132,11 @@ private:
     bool TakeTouch(Touch& touch);
     bool DeliverTouch(const Touch& touch);
     void FlagAll();
+    void LoadSettings();
+    void TakeDisplayValues(const CVrRuntimeMessage& message);
+    void TakeNight(uint8_t night);
+    void TakePersistentValues(const CVrRuntimeMessage& message);
+    void RenewColors();
     void LoadArchives();
     void LoadStyles();
 

@@ -11,6 +11,10 @@ public:
     // A CHostedApplicationFactory.
     static CHostedApplication* Create(const CHostSlots& slots) { return new CHostedGuiApp(slots); }
 
+    // A CHostDispatcher: carries out a queued message on the one application. Text that is no JSON, and payloads that
+    // are too short, do nothing.
+    static void DispatchQueuedMessage(uint32_t command, const CVrxByteArray& payload);
+
     void Load(const CHostTexts& texts) override;
     void PostTouch(uint32_t type, CVrPoint point) override { app.PostTouch(type, point); }
     void PostRepaint() override { app.WakeForRepaint(); }

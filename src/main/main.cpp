@@ -3,15 +3,7 @@
 #include "host/hosted_gui_app.h"
 #include "host/link.h"
 
-namespace {
-
-// Settings messages have no effect yet: they are taken from the queue, so that it does not fill, and dropped.
-void DropSettings(uint32_t, const CVrxByteArray&) {
-}
-
-} // namespace
-
 int main(int argc, char** argv) {
-    CHostLink link(&CHostedGuiApp::Create, &DropSettings);
+    CHostLink link(&CHostedGuiApp::Create, &CHostedGuiApp::DispatchQueuedMessage);
     return link.Run(argc, argv);
 }

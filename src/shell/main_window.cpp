@@ -22,7 +22,6 @@ VR_REGISTER_ELEMENT(CVrGuiMainWin)
 namespace {
 
 constexpr uint32_t kTimerPeriodMs = 50;
-constexpr uint8_t kRestDark = 0, kRestNever = 5; // values of `restMode`
 
 bool IsUp(const CVrGuiElement* popup) {
     return popup && !popup->IsHidden();
@@ -206,7 +205,8 @@ bool CVrGuiMainWin::RouteEvent(uint32_t eventType, const CVrPoint& point) {
     if (loading)
         return true;
     if (displayOff) {
-        WakeFromDark(eventType);
+        WakeFromDark();
+        swallowUntilUp = eventType != EventUp;
         return true;
     }
     if (swallowUntilUp) {
@@ -233,16 +233,6 @@ bool CVrGuiMainWin::RouteEvent(uint32_t eventType, const CVrPoint& point) {
         TheApplication()->WakeForRepaint();
     }
     return taken;
-}
-
-void CVrGuiMainWin::WakeFromDark(uint32_t eventType) {
-    displayOff = false;
-    idle = false;
-    idleSince = 0;
-    lastInteraction = TickMs();
-    ShowDefaultScreen();
-    InvalidateTree();
-    swallowUntilUp = eventType != EventUp;
 }
 
 // A tap on the content beside the popups; the menu row and the action bar keep their taps.
@@ -303,18 +293,6 @@ CVrGuiElement* CVrGuiMainWin::FindActiveControl(CVrGuiElement* element) const {
     return nullptr;
 }
 
-// Whether the display has been left alone for so long that it rests. What holds the rest off counts as an
-// interaction: a running control postpones it by a whole timeout.
-bool CVrGuiMainWin::RestIsDue(uint64_t now) {
-    if (idle || keepOn || interactionTimeout == 0 || now <= lastInteraction + interactionTimeout)
-        return false;
-    if (restMode == kRestNever || (!eco && restMode != kRestDark && FindActiveControl(this))) {
-        lastInteraction = now;
-        return false;
-    }
-    return true;
-}
-
 bool CVrGuiMainWin::OnTimer(uint64_t now) {
     if (loading) {
         RepaintAll(); // the spinner turns
@@ -326,8 +304,4 @@ bool CVrGuiMainWin::OnTimer(uint64_t now) {
     idleSince = now;
     EnterIdle();
     return true;
-}
-
-void CVrGuiMainWin::EnterIdle() {
-    Invalidate();
 }

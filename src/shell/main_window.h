@@ -3,7 +3,7 @@
 // the two full-screen messages over the finished picture.
 //
 // The parts live in files of their own: screen_builder.cpp makes the pages, status_panel.cpp paints the
-// messages, main_window.cpp holds the rest.
+// messages, rest.cpp falls asleep and wakes, main_window.cpp holds what remains.
 #pragma once
 
 #include "foundation/mutex.h"
@@ -66,8 +66,25 @@ public:
     // The first visible page that serves a running control marked as the room's active one; it postpones the rest.
     // Null when nothing runs.
     CVrGuiElement* FindActiveControl(CVrGuiElement* element) const;
-    // The display begins to rest.
+
+    // ---- Rest (rest.cpp) ----
+
+    // The display rests at once, whatever the time.
+    void ForceIdle();
+    // What the display shows while it rests; `idle` is set already.
     void EnterIdle();
+    void EnterDisplayOff();
+    void WakeByPresence();
+    // Nothing while there is no screen saver: the display then rests on its page.
+    void SetScreenSaverVisible(bool on);
+    void SetRestMode(uint8_t mode); // 0..5
+    void SetInteractionTimeout(uint32_t seconds);
+    void SetKeepOn(bool on);
+    void SetBrightness(bool automatic, uint32_t percent, int32_t gain);
+    void SetPresence(bool near);
+    void SetEco(bool on);
+    void SetNight(bool on);
+    void SetDateTimeFormat(uint32_t timeFormat, uint32_t dateFormat);
 
     CVrGuiMenu* menu = nullptr;                         // child; null until CreateContent
     CVrGuiActionbar* actionbar = nullptr;               // owned by the page that it hangs under at the moment
@@ -104,7 +121,8 @@ public:
     bool swallowAfterPopup = false;       // from a down that closed a popup until the matching up
 
 private:
-    void WakeFromDark(uint32_t eventType);
+    void StayAwake();
+    void WakeFromDark();
     bool TapClosesPopup(const CVrPoint& point) const;
     bool RestIsDue(uint64_t now);
     void AddLeafEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);

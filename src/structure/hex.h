@@ -15,3 +15,12 @@ inline bool AppendHexDigit(char c, uint32_t& value) {
         return false;
     return true;
 }
+
+// The number of up to 8 leading hexadecimal digits; what follows them does not count.
+inline uint32_t ParseHex(const char* text) {
+    constexpr uint32_t kMaxDigits = 8;
+    uint32_t value = 0;
+    for (uint32_t i = 0; i < kMaxDigits && AppendHexDigit(text[i], value); i++) {
+    }
+    return value;
+}

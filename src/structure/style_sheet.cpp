@@ -33,8 +33,6 @@ constexpr ClassRow kClassRows[] = {
     {"CVrGuiScreenSaver", 32},      {"CVrGuiVideo", 40},
 };
 
-constexpr uint32_t kHexDigits = 8; // of a colour, at most
-
 template <typename T>
 void DeleteAll(VrPtrs<T>& list) {
     for (T* entry : list)
@@ -54,15 +52,6 @@ CVrxStringU Trimmed(const CVrxStringU& text) {
 // The first of an object's members, which alone counts; null for another kind of entry.
 const CVrJsonValue* FirstMember(const CVrJsonValue& entry) {
     return entry.IsObject() && entry.GetChildCount() > 0 ? entry.GetChild(0) : nullptr;
-}
-
-uint32_t ParseHex(const CVrxStringU& text) {
-    uint32_t value = 0;
-    for (uint32_t i = 0; i < text.GetLength() && i < kHexDigits; i++) {
-        if (!AppendHexDigit(text[i], value))
-            break;
-    }
-    return value;
 }
 
 int32_t ParseInteger(const CVrxStringU& text) {
@@ -250,7 +239,7 @@ void CVrStyleSheet::LoadColors(const CVrJsonValue* list) {
         color->name = member.name;
         color->valueText = member.value;
         const int32_t known = FindColor(color->valueText);
-        color->value = known >= 0 ? Color(static_cast<uint32_t>(known)) : ParseHex(color->valueText);
+        color->value = known >= 0 ? Color(static_cast<uint32_t>(known)) : ParseHex(color->valueText.CStr());
         colorList.Add(color);
     });
     for (CVrColorSpec* color : colorList)

@@ -1,5 +1,6 @@
 #include "support/test_display.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -11,9 +12,11 @@ namespace {
 
 std::vector<std::string> g_commands, g_log;
 uint32_t g_frames = 0;
+bool g_hasStateFolder = false;
 
 constexpr uint64_t kStepMs = 10;
 constexpr uint64_t kQuietMs = 150;
+constexpr const char* kStateVariable = "WALLSLATE_STATE_DIR";
 
 std::string ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -41,7 +44,34 @@ TestHouse TestHouse::FromFolder(const std::string& folder) {
             ReadFile(path + "symbols.json"), ReadFile(path + "structure.json")};
 }
 
+TestStateFolder::TestStateFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "wallslate-state-XXXXXX").string();
+    if (!mkdtemp(name.data()))
+        throw std::runtime_error("cannot make a folder for the state");
+    path = name;
+    setenv(kStateVariable, name.c_str(), 1);
+    g_hasStateFolder = true;
+}
+
+TestStateFolder::~TestStateFolder() {
+    unsetenv(kStateVariable);
+    g_hasStateFolder = false;
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+std::string TestStateFolder::Settings() const {
+    const auto file = path / "settings.json";
+    return std::filesystem::exists(file) ? ReadFile(file.string()) : "";
+}
+
+void TestStateFolder::WriteSettings(const std::string& text) const {
+    std::ofstream(path / "settings.json", std::ios::binary) << text;
+}
+
 TestDisplay::TestDisplay(const TestHouse& house) {
+    if (!g_hasStateFolder)
+        state.emplace();
     g_commands.clear();
     g_log.clear();
     g_frames = 0;

@@ -7,6 +7,8 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,22 @@ struct TestHouse {
     static TestHouse Of(const std::string& structure);
     // The four files of a folder below the source tree, such as "demo".
     static TestHouse FromFolder(const std::string& folder);
+};
+
+// A fresh, empty folder for what displays remember, in effect while it lives. Every TestDisplay brings one of its own
+// unless the test holds one already, to restart a display with it.
+class TestStateFolder {
+public:
+    TestStateFolder();
+    ~TestStateFolder();
+    TestStateFolder(const TestStateFolder&) = delete;
+    TestStateFolder& operator=(const TestStateFolder&) = delete;
+
+    std::string Settings() const; // the settings file; empty without one
+    void WriteSettings(const std::string& text) const;
+
+private:
+    std::filesystem::path path;
 };
 
 class TestDisplay {
@@ -59,6 +77,7 @@ public:
     CVrTestClock clock;
 
 private:
+    std::optional<TestStateFolder> state;
     void Post(uint32_t type, int32_t x, int32_t y);
 
     CVrGuiApp* app = nullptr; // owned
