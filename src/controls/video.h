@@ -6,17 +6,12 @@
 // swaps it with the one that it draws from. So no picture is ever torn, nothing is copied, and the longest
 // wait on either side is one conversion. Everything else of the element belongs to the GUI thread.
 //
-// A page creates it by name, gives it its rectangle, calls PrepareStore, and then sets it as `videoElement` of
-// the application's decoder and starts that:
+// A page creates it by name, gives it its rectangle and its stores, and hands it to the application's decoder:
 //
 //     auto* video = CreateChild<CVrGuiVideo>("CVrGuiVideo", false);
 //     video->SetRect(0, 0, 720, 720);
 //     video->PrepareStore();
-//     Ch264VideoDecoder& decoder = *TheApplication()->VideoDecoder();
-//     decoder.StopShowing(decoder.videoElement);
-//     decoder.videoElement = video;
-//     decoder.address = ...;
-//     decoder.Start(Ch264VideoDecoder::kPriority, Ch264VideoDecoder::kStackSize);
+//     TheApplication()->VideoDecoder()->ShowOn(video, address);
 #pragma once
 
 #include <atomic>

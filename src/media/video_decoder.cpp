@@ -44,6 +44,13 @@ void Ch264VideoDecoder::InitDecoder() {
     decoder.InitDecoder(pool.poolBase, h264::PoolBytes);
 }
 
+void Ch264VideoDecoder::ShowOn(IVrVideoOutput* output, uint32_t cameraAddress) {
+    StopShowing(videoElement);
+    videoElement = output;
+    address = cameraAddress;
+    Start(kPriority, kStackSize);
+}
+
 void Ch264VideoDecoder::StopShowing(const IVrVideoOutput* output) {
     if (videoElement != output)
         return;

@@ -1,12 +1,12 @@
 // The thread that turns a camera's stream into pictures. It owns the stream client, the decoder and the
 // decoder's memory, and shows at most one picture in five milliseconds; the pace is that of the stream.
 //
-// To show a camera: set `videoElement` and `address`, call Start. The element must stay until the thread has
-// stopped, which StopShowing sees to. A run does not end with the stream (the server may be gone, and the
-// last picture stays); another Start after RequestStop connects again.
+// A run begins with ShowOn, or with Start after `videoElement` and `address` were set while no run was on. The
+// element must stay until the run has ended, which StopShowing sees to. A run does not end with the stream (the
+// server may be gone, and the last picture stays); ShowOn again connects again.
 //
-// One thread, the owner, calls Start, RequestStop, Join and StopShowing and sets the two fields while no run
-// is on. A stop takes effect within the decoding of the unit at hand (the thread never waits for the network).
+// All of this belongs to one thread, the owner. A stop takes effect within the decoding of the unit at hand:
+// the thread never waits for the network.
 #pragma once
 
 #include <atomic>
@@ -30,6 +30,8 @@ public:
     void InitDecoder();
     void MainLoop() override;
 
+    // Ends a former run and starts one that shows the camera at this IPv4 address (network byte order).
+    void ShowOn(IVrVideoOutput* output, uint32_t cameraAddress);
     // Ends the run that shows on this output, if there is one, and waits for its end.
     void StopShowing(const IVrVideoOutput* output);
 
