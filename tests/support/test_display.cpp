@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 #include <stdexcept>
 
@@ -10,6 +11,7 @@
 
 namespace {
 
+std::mutex g_logMutex; // the decoder thread logs too
 std::vector<std::string> g_commands, g_log;
 uint32_t g_frames = 0;
 bool g_hasStateFolder = false;
@@ -73,10 +75,16 @@ TestDisplay::TestDisplay(const TestHouse& house) {
     if (!g_hasStateFolder)
         state.emplace();
     g_commands.clear();
-    g_log.clear();
+    {
+        const std::lock_guard lock(g_logMutex);
+        g_log.clear();
+    }
     g_frames = 0;
     SetLogLevel(LogState);
-    SetLogSlot([](const char* line) { g_log.push_back(line); });
+    SetLogSlot([](const char* line) {
+        const std::lock_guard lock(g_logMutex);
+        g_log.push_back(line);
+    });
     app = new CVrGuiApp;
     app->frameSlot = [](const uint8_t*, uint32_t) { g_frames++; };
     app->commandSlot = [](const char* command) { g_commands.push_back(command); };
@@ -153,6 +161,7 @@ std::vector<std::string> TestDisplay::TakeCommands() {
 }
 
 std::vector<std::string> TestDisplay::TakeLog() {
+    const std::lock_guard lock(g_logMutex);
     return std::exchange(g_log, {});
 }
 
