@@ -97,8 +97,8 @@ std::optional<std::string> LiveHost::ReadSettings(const json& wishes, Settings& 
          [&](const json& v) { return v.is_boolean() && std::exchange(read.rest, v.get<bool>()) == false; }},
     };
     for (const auto& [name, value] : wishes.items()) {
-        const auto key =
-            std::find_if(std::begin(keys), std::end(keys), [&](const Key& k) { return k.name == name; });
+        const auto key = std::find_if(std::begin(keys), std::end(keys),
+                                      [&wanted = name](const Key& k) { return k.name == wanted; });
         if (key == std::end(keys))
             return "There is no setting \"" + name.substr(0, 40) + "\".";
         if (!key->read(value))

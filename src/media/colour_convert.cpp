@@ -45,28 +45,28 @@ struct Tint {
     }
 };
 
-void ConvertSame(const RowPair& rows) {
-    for (uint32_t x = 0; x < rows.width; x++) {
+template <Scale scale>
+void StorePixel(const RowPair& rows, size_t x, size_t y, uint32_t pixel) {
+    constexpr size_t times = static_cast<size_t>(scale);
+    uint32_t* const out = rows.out + y * times * rows.outStride + x * times;
+    out[0] = pixel;
+    if constexpr (scale == Scale::Doubled)
+        out[1] = out[rows.outStride] = out[rows.outStride + 1] = pixel;
+}
+
+// The four samples of luma that share a colour at a time.
+template <Scale scale>
+void Convert(const RowPair& rows) {
+    for (size_t x = 0; x < rows.width; x += 2) {
         const Tint tint(rows.cb[x / 2], rows.cr[x / 2]);
-        rows.out[x] = tint.Pixel(rows.luma[0][x]);
-        rows.out[rows.outStride + x] = tint.Pixel(rows.luma[1][x]);
+        for (size_t y : {0, 1}) {
+            StorePixel<scale>(rows, x, y, tint.Pixel(rows.luma[y][x]));
+            StorePixel<scale>(rows, x + 1, y, tint.Pixel(rows.luma[y][x + 1]));
+        }
     }
 }
 
-void StoreBlock(uint32_t* out, size_t stride, uint32_t pixel) {
-    out[0] = out[1] = out[stride] = out[stride + 1] = pixel;
-}
-
-void ConvertDoubled(const RowPair& rows) {
-    for (uint32_t x = 0; x < rows.width; x++) {
-        const Tint tint(rows.cb[x / 2], rows.cr[x / 2]);
-        uint32_t* const out = rows.out + 2 * size_t{x};
-        StoreBlock(out, rows.outStride, tint.Pixel(rows.luma[0][x]));
-        StoreBlock(out + 2 * rows.outStride, rows.outStride, tint.Pixel(rows.luma[1][x]));
-    }
-}
-
-constexpr Routines kPlain = {"plain", ConvertSame, ConvertDoubled};
+constexpr Routines kPlain = {"plain", Convert<Scale::Same>, Convert<Scale::Doubled>};
 
 const Routines& BestRoutines() {
     static const Routines& best = []() -> const Routines& {
