@@ -15,7 +15,7 @@ struct Samples {
         for (size_t i = 0; i < bytes.size(); i++) // bands of light and colour with some grain
             bytes[i] = static_cast<uint8_t>(i / 600 + random() % 16);
         const uint8_t* const chroma = bytes.data() + side * side;
-        picture = {bytes.data(), chroma, chroma + side * side / 4, side, side};
+        picture = {bytes.data(), chroma, chroma + side * side / 4, side, side, side};
     }
 
     std::vector<uint8_t> bytes;
@@ -40,7 +40,7 @@ int main() {
     bench::PinToOneCore();
     bench::Report report(kRounds);
     report.CompareWithCopy("M: memcpy of a screen", bench::CopyScreen, 1.5);
-    CompareRoutines(report, colour::PlainRoutines(), 5);
+    CompareRoutines(report, colour::PlainRoutines(), 8);
     for (const colour::Routines* routines : {colour::Sse2Routines(), colour::Avx2Routines()}) {
         if (routines != nullptr)
             CompareRoutines(report, *routines, 1.5);

@@ -60,21 +60,23 @@ TEST(ColourConvert, EveryTripleOfSamplesGivesTheColourOfTheFormulas) {
     }
 }
 
+// The part of larger planes that begins at sample (2, 2).
 struct RandomPicture {
     std::vector<uint8_t> luma, cb, cr;
-    PlanarPicture planes;
+    PlanarPicture part;
 
-    RandomPicture(std::mt19937& random, uint32_t width, uint32_t height) {
+    RandomPicture(std::mt19937& random, uint32_t width, uint32_t height, uint32_t stride) {
         for (auto* plane : {&luma, &cb, &cr}) {
-            plane->resize(plane == &luma ? size_t{width} * height : size_t{width} * height / 4);
+            plane->resize(size_t{stride} * (height + 2) / (plane == &luma ? 1 : 4));
             for (uint8_t& sample : *plane)
                 sample = static_cast<uint8_t>(random());
         }
-        planes = {luma.data(), cb.data(), cr.data(), width, height};
+        const size_t chroma = stride / 2 + 1;
+        part = {luma.data() + 2 * stride + 2, cb.data() + chroma, cr.data() + chroma, width, height, stride};
     }
     uint32_t Pixel(uint32_t x, uint32_t y) const {
-        const size_t chroma = size_t{y} / 2 * (planes.width / 2) + x / 2;
-        return ExpectedPixel(luma[size_t{y} * planes.width + x], cb[chroma], cr[chroma]);
+        const size_t chroma = size_t{y} / 2 * (part.stride / 2) + x / 2;
+        return ExpectedPixel(part.luma[size_t{y} * part.stride + x], part.cb[chroma], part.cr[chroma]);
     }
 };
 
@@ -83,16 +85,16 @@ constexpr uint32_t kUntouched = 0x12345678;
 
 void ExpectPicture(const RandomPicture& picture, Scale scale, size_t stride, const Routines* routines) {
     const uint32_t times = static_cast<uint32_t>(scale);
-    const size_t rows = size_t{picture.planes.height} * times;
+    const size_t rows = size_t{picture.part.height} * times;
     std::vector<uint32_t> out(1 + stride * rows, kUntouched); // one pixel in front spoils any alignment
     if (routines != nullptr)
-        ConvertPicture(*routines, picture.planes, out.data() + 1, stride, scale);
+        ConvertPicture(*routines, picture.part, out.data() + 1, stride, scale);
     else
-        ConvertPicture(picture.planes, out.data() + 1, stride, scale);
+        ConvertPicture(picture.part, out.data() + 1, stride, scale);
     ASSERT_EQ(out[0], kUntouched);
     for (uint32_t y = 0; y < rows; y++) {
         for (uint32_t x = 0; x < stride; x++) {
-            const bool isInside = x < picture.planes.width * times;
+            const bool isInside = x < picture.part.width * times;
             ASSERT_EQ(out[1 + y * stride + x], isInside ? picture.Pixel(x / times, y / times) : kUntouched)
                 << "x " << x << " y " << y;
         }
@@ -107,7 +109,8 @@ TEST(ColourConvert, PicturesOfAllShapesStandWhereTheyBelong) {
     auto all = AllRoutines();
     all.push_back(nullptr); // what the processor chooses
     for (const auto& [width, height] : sizes) {
-        const RandomPicture picture(random, width, height);
+        const RandomPicture picture(random, width, height,
+                                    width + 2 + 2 * static_cast<uint32_t>(random() % 9));
         for (const Routines* routines : all) {
             for (Scale scale : {Scale::Same, Scale::Doubled}) {
                 SCOPED_TRACE(std::string(routines != nullptr ? routines->name : "chosen") + " " +
