@@ -182,7 +182,9 @@ CVrRect CVrGuiElement::DimmedRect() const {
 }
 
 void CVrGuiElement::DrawDimmed() {
-    const CVrRect wanted = DimmedRect();
+    CVrRect wanted = DimmedRect();
+    if (!HasOwnStore()) // an area that sticks out of its page darkens nobody else's pixels
+        wanted = wanted.Intersected(CVrRect(0, 0, rect.width, rect.height));
     CVrPoint origin = wanted.Origin();
     CVrGuiElement* target = wanted.x >= 0 && wanted.y >= 0 ? GetRenderTarget(origin, false) : nullptr;
     const CVrRect area(origin, wanted.Size());

@@ -15,6 +15,7 @@ constexpr uint32_t kMarginValue =
 constexpr int32_t kColumns = 3, kRows = 4;
 constexpr int32_t kZeroKeyId = 10;
 constexpr uint32_t kBlack = 0xFF000000, kRed = 0xFFFF0000;
+constexpr uint32_t kAlpha = 0xFF000000;
 
 } // namespace
 
@@ -41,7 +42,20 @@ void CVrGuiNumKeypad::ResetEntry() {
     dotsLeft = static_cast<int32_t>(ShownDots());
     entered = 0;
     entryState = EntryEmpty;
-    SetDotColor(-1, colors[ColorSymbolDisabled]);
+    ColorDots();
+}
+
+// The class row gives the dots that are out no colour that shows, so they take the keys'.
+void CVrGuiNumKeypad::ColorDots() {
+    if (entered > 0 && dotsLeft <= 0) {
+        SetDotColor(-1, kRed);
+        return;
+    }
+    const uint32_t own = colors[ColorSymbolDisabled];
+    SetDotColor(-1, own & kAlpha ? own : ClassColor(ElementType::FrameBtn, ColorSymbolDisabled, own));
+    const uint32_t lit = ClassColor(ElementType::FrameBtn, ColorText, kBlack);
+    for (int32_t dot = 0; entered > 0 && dot < dotsLeft; dot++)
+        SetDotColor(dot, lit);
 }
 
 CVrGuiButton* CVrGuiNumKeypad::CreateSymbolButton(const CVrxStringU& symbol) {
@@ -149,6 +163,7 @@ void CVrGuiNumKeypad::OnColorsChanged() {
     for (CVrGuiButton* button : {headButton, cornerButton})
         if (button)
             button->colors[ColorBackground] = kUnpainted;
+    ColorDots();
 }
 
 // ---------------------------------------------------------------------------------------------- entry
@@ -172,12 +187,11 @@ void CVrGuiNumKeypad::OnTouchDown(const CVrPoint&) {
     dotsLeft = static_cast<int32_t>(ShownDots());
     SetTimer(dotDelay, true);
     entryState = EntryUnderWay;
-    for (int32_t dot = 0; dot < dotsLeft; dot++)
-        SetDotColor(dot, kBlack);
     if (++entered >= maxDigits) {
         entryState = EntryComplete;
         StopTimer();
     }
+    ColorDots();
     ShowKey(StateSelected);
 }
 
@@ -190,12 +204,9 @@ bool CVrGuiNumKeypad::OnTimer(uint64_t now) {
         return false;
     if (now <= pressTick + dotDelay)
         return true;
-    if (--dotsLeft > 0) {
-        SetDotColor(dotsLeft, colors[ColorSymbolDisabled]);
-    } else {
-        SetDotColor(-1, kRed);
+    if (--dotsLeft <= 0)
         StopTimer();
-    }
+    ColorDots();
     Invalidate();
     return true;
 }
@@ -215,6 +226,6 @@ void CVrGuiNumKeypad::DrawContent() {
     const CVrPoint first = origin.Moved((rect.width - dots * pitch) / 2 + pitch / 4,
                                         2 * aside + (headButton ? headButton->rect.height : 0));
     for (int32_t dot = 0; dot < dots; dot++)
-        if (dotColors[dot] >> 24 != 0) // the usual colour of a dot that is out is transparent
+        if (dotColors[dot] & kAlpha)
             target->DrawSvg(dotIcon.image, first.Moved(dot * pitch, 0), dotColors[dot]);
 }

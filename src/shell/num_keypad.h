@@ -2,8 +2,11 @@
 // left, and up to two symbols above. A page that wants a code makes it as a child, sets what the fields say, hands the
 // touches on (`hitElement` and OnTouchDown, OnTouchUp) and reads `value` and `entryState`: the keypad tells nobody.
 //
-//   key press    the row turns black                  then every dotDelay ms the rightmost black dot goes out
-//   last digit   black stays, no countdown            time is up: the row is red; the value stays
+//   key press    the row lights up          then every dotDelay ms the rightmost lit dot goes out
+//   last digit   it stays, no countdown     time is up: the row is red; the value stays
+//
+// Lit dots have the colour of the digits (black by day), the others that of what is disabled: they tell how many digits
+// are wanted.
 #pragma once
 
 #include "gui/button.h"
@@ -61,6 +64,7 @@ public:
 
 private:
     uint32_t ShownDots() const { return dotCount < kMaxDots ? dotCount : kMaxDots; }
+    void ColorDots();
     void ResetEntry();
     CVrGuiButton* CreateSymbolButton(const CVrxStringU& symbol);
     void CreateSymbolButtons();

@@ -15,18 +15,12 @@
 #include "shell/popup_menu.h"
 #include "shell/tree_list_button.h"
 #include "support/golden.h"
+#include "support/night.h"
 #include "support/test_display.h"
 
 namespace {
 
 using Commands = std::vector<std::string>;
-
-// Colours of the night, by their names in the style sheet; the linked ones are spelled out.
-constexpr std::pair<const char*, uint32_t> kNight[] = {
-    {"framebkg", 0xFF000000},      {"btnbkg", 0xFF360000},           {"btntext", 0xFFB00000},
-    {"btnbkgsel", 0xFFB00000},     {"textsel", 0xFF000000},          {"textdis", 0xFF360000},
-    {"symbol", 0xFFB00000},        {"symbolsel", 0xFF000000},        {"symboldis", 0xFF360000},
-    {"menubtnsymbol", 0xFF360000}, {"menubtnsymbolsel", 0xFFB00000}, {"menubtnsymboldis", 0xFF360000}};
 
 struct State {
     int32_t operatingMode, activeMode;
@@ -69,15 +63,6 @@ struct ClimateOnDisplay {
     }
     static std::string Joined(const CVrxStringU& title, const CVrxStringU& value) {
         return std::string(title.CStr()) + " = " + value.CStr();
-    }
-    void ShowNight() {
-        for (CVrColorSpec* color : display.App().structure.styles.colorList)
-            for (const auto& [name, value] : kNight)
-                if (color->name == name)
-                    color->value = value;
-        Root().night = true;
-        display.App().ApplyColors();
-        Repaint();
     }
     testing::AssertionResult Matches(const std::string& name) {
         Repaint();
@@ -329,7 +314,7 @@ TEST(GoldenClimate, EachModeByDayAndByNight) {
     for (bool night : {false, true}) {
         ClimateOnDisplay on;
         if (night)
-            on.ShowNight();
+            ShowNight(on.display);
         for (const auto& [name, state] : pictures) {
             on.Show(state);
             EXPECT_TRUE(on.Matches(std::string(name) + (night ? "-night" : "")));
@@ -370,7 +355,7 @@ TEST(GoldenClimate, TheLargeNumberInItsVariants) {
     for (bool night : {false, true}) {
         ClimateOnDisplay on;
         if (night)
-            on.ShowNight();
+            ShowNight(on.display);
         CVrGuiFrameArea& area = *on.page->frameArea;
         const Variant(&rows)[kRows] = pictures[night];
         area.ForEachChild([](CVrGuiElement& child) { child.SetHidden(true); });

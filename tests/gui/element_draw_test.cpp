@@ -290,6 +290,20 @@ TEST_F(ElementDrawTest, PageWithoutAreaIsDarkenedAboveItsActionbar) {
     EXPECT_EQ(Pixel(200, 200), before);
 }
 
+TEST_F(ElementDrawTest, AnAreaThatSticksOutOfItsPageDarkensThePageAlone) {
+    Probe& page = Add(root, CVrRect(0, 0, 200, 200), kGray);
+    Add(page, CVrRect(20, 20, 300, 300)).type = ElementType::FrameArea;
+    std::fill_n(root.pixels, 720 * 720, kBlue);
+    Paint();
+    const uint32_t beside = Pixel(200, 100), below = Pixel(100, 200);
+    page.DrawDimmed();
+    EXPECT_NE(Pixel(100, 100), kGray);
+    EXPECT_NE(Pixel(199, 100), kGray);
+    EXPECT_EQ(Pixel(19, 100), kGray);
+    EXPECT_EQ(Pixel(200, 100), beside);
+    EXPECT_EQ(Pixel(100, 200), below);
+}
+
 TEST_F(ElementDrawTest, DarkeningLeavesAShadowOnUnpaintedCornersAndStopsAtTheClip) {
     Probe& page = Add(root, CVrRect(0, 0, 100, 100));
     std::fill_n(root.pixels, 720 * 720, kUnpainted);

@@ -6,12 +6,14 @@
 #include <iterator>
 #include <memory>
 
+#include "gui/application.h"
 #include "gui/image.h"
 #include "media/jpeg/jpeg.h"
 #include "shell/num_keypad.h"
 #include "shell/test_page.h"
 #include "shell/tree_list_button.h"
 #include "support/golden.h"
+#include "support/night.h"
 
 // A page that wants a code: it makes the keypad, takes all touches of its area and hands them on.
 class CVrGuiCodePage : public CVrGuiFrame {
@@ -26,7 +28,8 @@ public:
         keypad->dotDelay = 500;
         keypad->ReloadColors();
         keypad->ApplyLayout();
-        keypad->dotIcon.SetStaticIconFromFile(CVrxStringU("empty-circle.svg"), keypad->dotSize, true);
+        LoadStaticButtonFile(TheApplication()->StaticArchive(), "empty-circle.svg", keypad->dotIcon.image,
+                             keypad->dotSize, true, SymbolStyle::Filled);
         keypad->hitInto = true;
         eventMask = EventDown | EventUp;
         ApplyLayout();
@@ -279,4 +282,9 @@ TEST(Keypad, ACodeIsEnteredAndTheDotsCountDown) {
     keypad.ApplyLayout();
     EXPECT_EQ(keypad.entered, 0U);
     EXPECT_EQ(keypad.value, 1059U);
+    press(4);
+    release();
+    display.Advance(1100);
+    ShowNight(display);
+    EXPECT_TRUE(matches("keypad-counting-night"));
 }
