@@ -38,6 +38,8 @@ CVrGuiApp::~CVrGuiApp() {
     Join();
     videoDecoder.StopShowing(videoDecoder.videoElement);
     mainWin.DeleteChildren();
+    imageCache.autoDelete = true;
+    imageCache.Clear();
 }
 
 void CVrGuiApp::CreateScreen() {
@@ -50,6 +52,7 @@ void CVrGuiApp::CreateScreen() {
 
 void CVrGuiApp::InitAndLoad() {
     LoadSettings();
+    imageCache.autoDelete = true;
     CVrTranslator::Instance().LoadFallback();
     CVrTranslator::Instance().SetLanguage(settings.language);
     mainWin.ShowSplash();
@@ -130,9 +133,9 @@ bool CVrGuiApp::AnythingFlagged() const {
 }
 
 void CVrGuiApp::DrawAndUpdate() {
-    if (!AnythingFlagged())
+    if (!AnythingFlagged() || mainWin.LeavesElementsOut())
         return;
-    m_frameOwed = readySlot && !readySlot();
+    m_frameOwed = !HasRoomForFrame();
     if (!m_frameOwed)
         Paint();
 }
@@ -186,6 +189,7 @@ void CVrGuiApp::ApplyColors() {
     mainWin.LoadColors();
     mainWin.ForEachChild([](CVrGuiElement& child) { child.ReloadColors(); });
     mainWin.OnColorsChanged();
+    mainWin.DropSavedPicture();
     FlagAll();
     DrawAndUpdate();
 }
@@ -193,6 +197,7 @@ void CVrGuiApp::ApplyColors() {
 void CVrGuiApp::ApplyLanguage() {
     mainWin.ForEachChild([](CVrGuiElement& child) { child.NotifyLanguage(); });
     mainWin.OnLanguageChanged();
+    mainWin.DropSavedPicture();
     FlagAll();
     DrawAndUpdate();
 }
@@ -257,6 +262,19 @@ void CVrGuiApp::MainLoop() {
     videoDecoder.StopShowing(videoDecoder.videoElement);
 }
 
+// True while the root leads an element over a saved picture.
+bool CVrGuiApp::StepRootAnimations() {
+    if (!mainWin.StartAnimations())
+        return false;
+    if (!mainWin.scrollAnimation.element)
+        m_timeout = kBusyWaitMs;
+    if (mainWin.StepAnimations()) {
+        mainWin.Invalidate();
+        DrawAndUpdate();
+    }
+    return true;
+}
+
 void CVrGuiApp::RunPass(uint32_t timeout) {
     const uint32_t flags = WaitForWork(timeout);
     if (IsStopRequested())
@@ -266,9 +284,10 @@ void CVrGuiApp::RunPass(uint32_t timeout) {
         drainSlot();
     now = TickMs();
     const bool animating = animations.Step(now);
+    const bool leads = StepRootAnimations();
     Touch touch;
     const bool touched = TakeTouch(touch);
-    if (flags == 0 && !touched) {
+    if (!leads && flags == 0 && !touched) {
         const bool changed = mainWin.UpdateTimers(TickMs());
         if (changed || animating || m_frameOwed)
             DrawAndUpdate();
@@ -282,7 +301,7 @@ void CVrGuiApp::RunPass(uint32_t timeout) {
     }
     if (touched && DeliverTouch(touch))
         repaint = true;
-    if (!repaint)
+    if (!repaint || mainWin.scrollAnimation.element)
         return;
     DrawAndUpdate();
     Log(LogEvent, "CVrGuiApp::MainLoop", "DrawAndUpdate done");

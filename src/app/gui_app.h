@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "app/image_cache.h"
 #include "app/runtime_settings.h"
 #include "app/settings.h"
 #include "foundation/archive.h"
@@ -76,7 +77,8 @@ public:
 
     // ---- Drawing, on the GUI thread ----
     // Repaints if anything is flagged, and sends the frame. While the wire has no room for a frame nothing is painted
-    // that would be thrown away: the flags stay and a later pass paints the newest state.
+    // that would be thrown away: the flags stay and a later pass paints the newest state. So they do while a root
+    // animation leads an element over the picture.
     void DrawAndUpdate();
     // Copies the root's store to the current screen buffer and sends a frame.
     void UpdateFullscreen();
@@ -96,6 +98,10 @@ public:
     uint64_t PassTick() const override { return now; }
     void SendCommand(const CVrxStringU& command) override;
     void PresentStore() override;
+    bool HasRoomForFrame() const override { return !readySlot || readySlot(); }
+    CVrImageCache* ImageCache() override { return &imageCache; }
+    void LoadCover(CVrGuiElement*, int32_t key) override { LoadDefaultCover(imageCache, key); }
+    int32_t NextDefaultCover() override { return m_coverPicker.Next(); }
 
     platform::Event wakeEvent;
     std::atomic<uint32_t> eventWord{0};
@@ -106,7 +112,8 @@ public:
     uint64_t now = 0;                      // tick in ms of the current pass
     uint32_t screenIndex = 0;              // screen buffer that is written next
     CVrxByteArray screenBuffer[2];
-    CVrMutex screenLock; // guards the flip of screenIndex
+    CVrMutex screenLock;      // guards the flip of screenIndex
+    CVrImageCache imageCache; // owns its pictures from the load of the house on
     CVrStructure structure;
     CVrDisplaySettings settings; // as the settings file holds them
     CVrRuntimeMessage runtime;   // values in effect; `flags` collects what has ever been received
@@ -127,6 +134,7 @@ private:
     };
 
     bool AnythingFlagged() const;
+    bool StepRootAnimations();
     void Paint();
     uint32_t WaitForWork(uint32_t timeout);
     bool TakeTouch(Touch& touch);
@@ -143,4 +151,5 @@ private:
     uint32_t m_timeout = 0;   // ms that the next pass waits at most
     bool m_frameOwed = false; // something is flagged but the wire had no room for a frame
     CVrFrame m_frame;
+    CVrCoverPicker m_coverPicker;
 };

@@ -10,6 +10,7 @@
 #include "gui/animation.h"
 #include "gui/element_ref.h"
 #include "gui/font_table.h"
+#include "gui/image_cache_data.h"
 
 class CVrArchive;
 class Ch264VideoDecoder;
@@ -42,6 +43,15 @@ public:
     virtual void WakeForRepaint() {}
     // The root's store goes out as a frame, as it is.
     virtual void PresentStore() {}
+    // Whether a frame that is sent now would be taken. Who sends frames of his own asks first: what the wire has no
+    // room for is not worth painting.
+    virtual bool HasRoomForFrame() const { return true; }
+    // The decoded pictures by key; null while there are none. They stay the application's.
+    virtual CVrImageCache* ImageCache() { return nullptr; }
+    // Brings a default cover into the cache; look it up afterwards. `owner` is not used.
+    virtual void LoadCover(CVrGuiElement* /*owner*/, int32_t /*key*/) {}
+    // The key of a default cover; each comes once before any comes again.
+    virtual int32_t NextDefaultCover() { return CoverKey::kFirstDefault; }
     // Hands a text command to the command slot.
     virtual void SendCommand(const CVrxStringU&) {}
 

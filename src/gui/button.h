@@ -50,6 +50,7 @@ public:
 
     virtual void CopyButton(const CVrGuiButton&) {} // copies what a subclass adds
     virtual void OnActionModeChanged() {}           // after `actionMode` was set
+    virtual void OnFadeEnd() {}                     // the root has faded the button in, or given it up
     // The symbol for a size in pixels; null if there is no bitmap of that size to be had.
     virtual CVrGuiIcon* GetIconForSize(uint32_t size);
 
@@ -82,6 +83,8 @@ public:
     int32_t textOffsetX = 0;
     int32_t iconOffsetX = 0;
     int32_t stackGap = 10; // between symbol and text when stacked
+    // While the root fades the button in: passes that are over, of how many.
+    uint32_t fadeCounter = 0, fadeLength = 0;
 
 protected:
     // Where things are painted, in coordinates of the target store.

@@ -3,12 +3,14 @@
 // the two full-screen messages over the finished picture.
 //
 // The parts live in files of their own: screen_builder.cpp makes the pages, status_panel.cpp paints the
-// messages, rest.cpp falls asleep and wakes, main_window.cpp holds what remains.
+// messages, root_animation.cpp leads single elements over a saved picture, rest.cpp falls asleep and wakes,
+// main_window.cpp holds what remains.
 #pragma once
 
 #include "foundation/mutex.h"
 #include "gui/element.h"
 #include "shell/menu.h"
+#include "shell/root_animation.h"
 
 class CVrGuiActionbar;
 class CVrGuiFrame;
@@ -36,6 +38,8 @@ public:
     void RestartTimer() override;
     bool OnTimer(uint64_t now) override;
     bool RouteEvent(uint32_t eventType, const CVrPoint& point) override;
+    // Without the elements that a root animation leads.
+    void Draw(bool force, bool compose) override;
 
     // Takes the root's row of the style sheet, once that is loaded.
     void AdoptStyle();
@@ -86,6 +90,27 @@ public:
     void SetNight(bool on);
     void SetDateTimeFormat(uint32_t timeFormat, uint32_t dateFormat);
 
+    // ---- Root animations, see root_animation.h ----
+
+    static constexpr uint32_t kLongestStep = 1U << 20; // pixels a pass
+    // Fill a slot; the element is painted from there on only by the animation, which begins with the next pass. False:
+    // the slot is taken, or there is nothing to do. Positions are relative to the element's parent. Clip and listener
+    // of a move are set in the slot behind this. An element that has no store of its own shows only where the screen
+    // holds all of it.
+    bool ArmMove(CVrGuiElement& element, int32_t startY, int32_t targetY, uint32_t pixelsPerPass);
+    bool ArmFade(CVrGuiButton& button, uint32_t passes);
+    bool ArmScroll(CVrGuiElement& element);
+    // The tree must not be painted: the picture would lack an element.
+    bool LeavesElementsOut() const;
+    // True: a slot is filled and its animation runs; then StepAnimations.
+    bool StartAnimations();
+    // True: all is over, and the tree should be painted.
+    bool StepAnimations();
+    // Ends all at once. Any work of the main loop may call it.
+    void RemoveAnimations();
+    // The picture of the rest is no longer true; the next pass saves it anew.
+    void DropSavedPicture();
+
     CVrGuiMenu* menu = nullptr;                         // child; null until CreateContent
     CVrGuiActionbar* actionbar = nullptr;               // owned by the page that it hangs under at the moment
     CVrGuiPopupFrame* popupFrame = nullptr;             // likewise
@@ -106,7 +131,10 @@ public:
     int32_t brightnessGain = 0;   // -5..5, stored only
     uint64_t idleSince = 0;       // tick; 0 while awake
     uint64_t lastInteraction = 0; // tick
-    CVrMutex animationLock;
+    CVrGuiMoveAnimation moveAnimation;
+    CVrGuiScrollAnimation scrollAnimation;
+    CVrGuiButtonAnimation buttonAnimation;
+    CVrMutex animationLock;        // guards the three slots
     uint32_t roomCo2 = 0;          // ppm
     int32_t roomTemperature = 220; // tenths of a degree Celsius
     uint32_t roomHumidity = 0;     // percent
@@ -123,6 +151,16 @@ public:
 private:
     void StayAwake();
     void WakeFromDark();
+    bool SavePicture();
+    bool StepFade();
+    bool StepMove();
+    void PresentAnimations();
+    void PaintOver(CVrGuiElement& element);
+    void LetPictureThrough(const CVrGuiButton& button);
+    size_t StoreBytes() const {
+        return sizeof(uint32_t) * static_cast<size_t>(storeSize.width) *
+               static_cast<size_t>(storeSize.height);
+    }
     bool TapClosesPopup(const CVrPoint& point) const;
     bool RestIsDue(uint64_t now);
     void AddLeafEntry(CVrStructureItem& entry, CVrGuiFrame*& firstPage);
