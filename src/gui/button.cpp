@@ -366,6 +366,8 @@ bool CVrGuiButton::OnTimer(uint64_t now) {
     if (!vector || !vector->HasContent())
         return false;
     vector->Advance(now);
+    if (!IsVisibleInTree()) // timers go on in hidden pages; the time counts, but nobody sees it
+        return false;
     Invalidate();
     return true;
 }

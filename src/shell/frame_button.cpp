@@ -3,6 +3,7 @@
 #include "foundation/array.h"
 #include "gui/image.h"
 #include "gui/pixel_ops.h"
+#include "gui/vector/stock_animations.h"
 #include "shell/frame_area.h"
 #include "shell/main_window.h"
 #include "structure/style_sheet.h"
@@ -23,6 +24,8 @@ constexpr int32_t kCornerZoneMargin = 20;
 constexpr int32_t kSwipeTravel = 18;        // pixels along the direction of a swipe
 constexpr int32_t kSwipeLead = 4;           // by which that exceeds the travel across
 constexpr uint32_t kArrowSize = 48;         // pixels
+constexpr int32_t kPlayingSymbol = 10014;   // a spectrum
+constexpr uint32_t kPlayingSize = 64;       // pixels, where no size is given
 constexpr int32_t kArrowMargin = 24;        // from the button's edge
 constexpr int32_t kCornerMargin = 10;       // of the extra symbol from the edges
 constexpr int32_t kDefaultRadius = 15;      // of a picture without style
@@ -210,8 +213,32 @@ void CVrGuiFrameCoverBtn::SetArrows(const CVrxStringU& leftName, const CVrxStrin
 }
 
 void CVrGuiFrameCoverBtn::ShowArrows(bool on) {
-    if (arrowsShown == std::exchange(arrowsShown, on && HasBothArrows()))
+    const bool shown = on && HasBothArrows();
+    if (std::exchange(arrowsShown, shown) == shown)
         return;
+    MarkContentChanged();
+    Invalidate();
+}
+
+void CVrGuiFrameCoverBtn::ShowPlaying(bool on) {
+    if (std::exchange(m_isPlaying, on) == on)
+        return;
+    vector = nullptr;
+    if (on) {
+        if (iconSize < 1)
+            iconSize = kPlayingSize;
+        iconName = StaticSymbolName(kPlayingSymbol);
+        iconStatic = true;
+        ReloadIcon();
+        const auto side = static_cast<int32_t>(iconSize);
+        if (m_bars.Load(MakePlayingAnimation(), side, side))
+            vector = &m_bars;
+    } else {
+        m_bars.Unload();
+        iconName.Clear();
+        icon.image.FreeBitmap();
+    }
+    RestartVector();
     MarkContentChanged();
     Invalidate();
 }
@@ -246,12 +273,14 @@ void CVrGuiFrameCoverBtn::DrawPicture(CVrGuiElement& target, const CVrPoint& ori
         target.FillRoundRect(PictureArea().Moved(origin), radius, CornerAll, kNightTint);
 }
 
-// From a little above the text to the bottom of the picture, so that the text reads on any picture.
+// From a little above the text to the bottom of the picture, so that the text reads on any picture; behind a symbol
+// alone all of it, for the same reason.
 void CVrGuiFrameCoverBtn::DrawTextBand(CVrGuiElement& target, const Placement& place,
                                        const CVrRect& picture) {
-    if (!HasSymbol() || text.IsEmpty() || !Has(LayoutAnyText) || Has(LayoutTextBelow))
+    if (!HasSymbol())
         return;
-    const int32_t top = std::max(place.first.y - kBandMargin, picture.y);
+    const bool hasText = !text.IsEmpty() && Has(LayoutAnyText) && !Has(LayoutTextBelow);
+    const int32_t top = hasText ? std::max(place.first.y - kBandMargin, picture.y) : picture.y;
     if (top < picture.Bottom())
         target.FillRoundRect(CVrRect::FromEdges(picture.x, top, picture.Right(), picture.Bottom()),
                              PictureRadius(), CornerAll, kBandColor);

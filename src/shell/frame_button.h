@@ -4,6 +4,7 @@
 #pragma once
 
 #include "gui/button.h"
+#include "gui/vector/vector_animation.h"
 
 // The grid button. It toggles on a tap and tells its area.
 class CVrGuiFrameBtn : public CVrGuiButton {
@@ -59,6 +60,10 @@ public:
     // Loads the arrows (static symbols) and shows them if both could be loaded; an empty name drops both.
     void SetArrows(const CVrxStringU& leftName, const CVrxStringU& rightName);
     void ShowArrows(bool on);
+    // What the picture stands for plays: bars that rise and fall, in place of a symbol and of its size. Without memory
+    // for them a still symbol stands there. When it ends there is no symbol.
+    void ShowPlaying(bool on);
+    bool IsPlaying() const { return m_isPlaying; }
 
     CVrGuiIcon leftArrowIcon, rightArrowIcon; // previous, next
     bool cornerAtBottom = false;              // the extra symbol stands at the bottom right
@@ -89,6 +94,9 @@ private:
     void DrawCoverOverlay(CVrGuiElement& target, const CVrPoint& origin);
     void Darken(CVrGuiElement& target, const CVrRect& area) const;
     bool FollowSwipe(Swipe swipe);
+
+    CVrVectorAnimation m_bars;
+    bool m_isPlaying = false;
 };
 
 // The base of the list tiles.

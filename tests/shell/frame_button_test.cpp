@@ -143,6 +143,45 @@ TEST(Cover, TapsGoToArrowsCornerOrCover) {
     EXPECT_EQ(on.TakeEvents(), Events({"60:1"}));
 }
 
+// Tiles of a page as music shows them: pictures with their names below; one of them plays.
+TEST(GoldenCover, ATileThatPlaysMovesAndOthersDoNot) {
+    PageOnDisplay on;
+    on.page->frameArea->DeleteChildren();
+    std::vector<CVrGuiFrameCoverBtn*> tiles;
+    for (const char* name : {"Bright Horizon", "Slow Rivers"}) {
+        auto* tile = on.page->frameArea->CreateChild<CVrGuiFrameCoverBtn>("CVrGuiFrameCoverBtn", false);
+        tile->text = name;
+        tile->layout =
+            CVrGuiButton::LayoutIcon | CVrGuiButton::LayoutTextLeft | CVrGuiButton::LayoutTextBelow;
+        tiles.push_back(tile);
+    }
+    on.page->frameArea->buttonCount = 2;
+    on.page->ReloadColors();
+    on.page->ApplyLayout();
+    for (CVrGuiFrameCoverBtn* tile : tiles)
+        tile->SetImage(Cover(tile->rect.width, tile->rect.width).release(), true);
+    on.Repaint();
+    tiles[0]->ShowPlaying(true); // from here on it never comes to rest
+    const uint32_t before = on.display.FrameCount();
+    on.display.Advance(500);
+    EXPECT_EQ(on.display.FrameCount() - before, 10u) << "a frame every 50 ms";
+    EXPECT_TRUE(golden::Matches("cover-tile-plays", on.display.Screen(), kScreenSide, kScreenSide));
+
+    // On a page that is not up the time counts, but nothing is painted.
+    on.page->SetHidden(true);
+    on.Repaint();
+    const uint32_t hidden = on.display.FrameCount();
+    const uint64_t frame = tiles[0]->vector->currentFrame;
+    on.display.Advance(400);
+    EXPECT_EQ(on.display.FrameCount(), hidden);
+    EXPECT_NE(tiles[0]->vector->currentFrame, frame);
+    tiles[0]->ShowPlaying(false);
+    on.page->SetHidden(false);
+    on.Repaint();
+    EXPECT_EQ(tiles[0]->vector, nullptr);
+    EXPECT_FALSE(tiles[0]->IsTimerActive());
+}
+
 TEST(Cover, ArrowsThatAreMissingLeaveTheSwipes) {
     CoverOnDisplay on(false);
     on.cover->SetArrows("no-such.svg", "arrow-right-cover.svg");
