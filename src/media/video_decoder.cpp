@@ -79,7 +79,8 @@ void Ch264VideoDecoder::MainLoop() {
 }
 
 void Ch264VideoDecoder::StartStream() {
-    camClient.RequestStop(); // a former run's client may not have ended yet
+    camClient.RequestStop();
+    camClient.Join(); // a former run's client may not have ended yet
     camClient.address = address;
     camClient.streamState.store(CCamClient::NotConnected, std::memory_order_release);
     camClient.Start(kPriority, kStackSize);

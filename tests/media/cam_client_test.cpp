@@ -236,7 +236,7 @@ TEST(CamClient, StopsAndDestructionsEndAtOnceInEverySituation) {
                           client.Join();
                           EXPECT_FALSE(client.HasThread());
                           Connect(client, port);
-                          Connect(client, port); // runs already
+                          client.Start(); // runs already
                           platform::SleepMs(afterMs);
                       }),
                       kStopBoundMs)
