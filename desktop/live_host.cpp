@@ -44,6 +44,7 @@ LiveHost::LiveHost(asio::io_context& ioContext, const LiveHostOptions& with)
       dragTimer(ioContext),
       watchTimer(ioContext) {
     options.display.patience.end = OrderlyEnd;
+    settings = StoredSettings(options.display);
     settings.logLevel = options.display.logLevel;
 }
 
@@ -116,8 +117,7 @@ void LiveHost::PollConnect() {
 
 void LiveHost::OnConnected() {
     display->Load(house);
-    if (settings.night.value_or(false))
-        display->Send(Command::Night, EncodeU32(1));
+    RenewSettings();
     Enter(Phase::Loading, "The display is loading the house.");
     // a duplicate, as the descriptor closes what it holds
     input = std::make_unique<asio::posix::stream_descriptor>(context, ::dup(display->LinkDescriptor()));

@@ -146,6 +146,9 @@ private:
     void StepDrag();
 
     std::optional<std::string> ReadSettings(const nlohmann::json& wishes, Settings& settings) const;
+    // What the display remembers of earlier runs: a message about one format has to repeat all others.
+    static Settings StoredSettings(const DisplayOptions& display);
+    void RenewSettings();
     void Commit(const Settings& settings);
     void SendFormats();
     void SendRuntime(const Settings& settings);

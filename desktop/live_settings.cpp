@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <utility>
 
@@ -16,7 +18,9 @@ constexpr int RestModes = 6;
 constexpr int DateFormats = 4;
 constexpr std::uint32_t LongestRestDelay = 86'400;
 constexpr std::uint32_t HighestLogLevel = 9;
+constexpr int DateFormatMask = 255;
 constexpr int FahrenheitBit = 256;
+constexpr const char* RestWords[RestModes] = {"ECO", "TIME", "DATE", "TEMPERATURE", "HUMIDITY", "NEVER"};
 
 // Reads one value; false when it is none that the key can have.
 template <class Number>
@@ -60,6 +64,40 @@ std::string ColorText(std::uint32_t color) {
     return text;
 }
 
+// The other byte order; it is its own inverse.
+std::uint32_t RedAndBlueExchanged(std::uint32_t color) {
+    return (color & 0xFF) << 16 | (color & 0xFF00) | (color >> 16 & 0xFF);
+}
+
+// The folder that the display takes as docs/protocol.md says.
+std::filesystem::path StateFolder(const DisplayOptions& display) {
+    const auto variable = [](const char* name) -> std::filesystem::path {
+        const char* value = std::getenv(name);
+        return value ? value : "";
+    };
+    if (!display.stateFolder.empty() || !display.userState)
+        return display.stateFolder;
+    if (const auto chosen = variable("WALLSLATE_STATE_DIR"); !chosen.empty())
+        return chosen;
+    if (const auto base = variable("XDG_STATE_HOME"); !base.empty())
+        return base / "wallslate";
+    return variable("HOME") / ".local/state/wallslate";
+}
+
+// The member as a number within 0..highest; nothing when it is none.
+std::optional<std::uint32_t> NumberIn(const json& object, const char* key,
+                                      std::uint32_t highest = UINT32_MAX) {
+    const auto found = object.find(key);
+    if (found == object.end() || !found->is_number_unsigned() || *found > highest)
+        return std::nullopt;
+    return found->get<std::uint32_t>();
+}
+
+std::string TextIn(const json& object, const char* key) {
+    const auto found = object.find(key);
+    return found != object.end() && found->is_string() ? found->get<std::string>() : "";
+}
+
 // The change counter of a house: any number that differs from house to house (FNV-1a).
 std::uint32_t CounterOf(const std::string& text) {
     std::uint32_t hash = 2166136261u;
@@ -69,6 +107,38 @@ std::uint32_t CounterOf(const std::string& text) {
 }
 
 } // namespace
+
+// As the display writes its file; what it has not written, or somebody has broken, stays unknown.
+LiveHost::Settings LiveHost::StoredSettings(const DisplayOptions& display) {
+    Settings stored;
+    std::ifstream file(StateFolder(display) / "settings.json");
+    const json all = json::parse(file, nullptr, /*allow_exceptions=*/false);
+    const json known = all.is_object() ? all.value("wallslate", json()) : json();
+    if (!known.is_object())
+        return stored;
+    const auto word = std::find(std::begin(RestWords), std::end(RestWords), TextIn(known, "screenSaver"));
+    if (word != std::end(RestWords))
+        stored.restMode = static_cast<int>(word - std::begin(RestWords));
+    stored.restDelay = NumberIn(known, "nRestModeDelaySeconds", LongestRestDelay);
+    if (const auto color = NumberIn(known, "backgroundColor", 0xFFFFFF))
+        stored.color = RedAndBlueExchanged(*color);
+    if (const auto hours = NumberIn(known, "24hFormat", 1))
+        stored.hours24 = *hours != 0;
+    if (const auto format = NumberIn(known, "dateFormat", FahrenheitBit + DateFormats - 1)) {
+        stored.dateFormat = static_cast<int>(*format) & DateFormatMask;
+        stored.fahrenheit = (*format & FahrenheitBit) != 0;
+    }
+    ReadCode(TextIn(known, "country"), stored.country, 2);
+    ReadCode(TextIn(known, "language"), stored.language, 3);
+    return stored;
+}
+
+// A display that has just started knows what it has stored, but not the night; and it waits for a word about either
+// before it shows its background.
+void LiveHost::RenewSettings() {
+    if (settings.night || settings.color)
+        display->Send(Command::Night, EncodeU32(settings.night.value_or(false) ? 1 : 0));
+}
 
 std::optional<std::string> LiveHost::ReadSettings(const json& wishes, Settings& read) const {
     if (!wishes.is_object() || wishes.empty())
@@ -164,10 +234,8 @@ void LiveHost::SendFormats() {
 
 void LiveHost::SendRuntime(const Settings& read) {
     json message = json::object();
-    if (read.color) { // the display wants blue in the high byte
-        const std::uint32_t c = *read.color;
-        message["color"] = (c & 0xFF) << 16 | (c & 0xFF00) | c >> 16;
-    }
+    if (read.color) // the display wants blue in the high byte
+        message["color"] = RedAndBlueExchanged(*read.color);
     if (read.restMode)
         message["restmode"] = *read.restMode;
     if (read.restDelay)
@@ -175,7 +243,7 @@ void LiveHost::SendRuntime(const Settings& read) {
     SendRaw(static_cast<std::uint32_t>(Command::Runtime), message.dump() + std::string(1, '\0'));
 }
 
-// What was set in this run; the rest is as the display has stored it.
+// What is known: stored by an earlier run, or set in this one.
 nlohmann::json LiveHost::SettingsJson() const {
     json known = json::object();
     const auto put = [&](const char* key, const auto& value) {

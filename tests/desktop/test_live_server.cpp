@@ -208,6 +208,28 @@ TEST_F(LivePage, SettingsGoOutAsTheDisplayWantsThem) {
     EXPECT_EQ(Info()["settings"]["color"], "#ff8001");
 }
 
+// A message about one format carries all of them: those that the display remembers must not fall back.
+TEST_F(LivePage, WhatTheDisplayRemembersStaysWhenOneFormatChanges) {
+    WriteText(
+        folder.Path() / "state" / "settings.json",
+        R"({ "colors": [], "wallslate": {"screenSaver": "DATE", "nRestModeDelaySeconds": 90, )"
+        R"("backgroundColor": 98559, "24hFormat": 0, "dateFormat": 257, "country": "DE", "language": "UKR"} })");
+    StartHost({"--log-level", "2"});
+    Viewer viewer(port);
+    const json known = viewer.Next("state")["state"]["settings"];
+    EXPECT_EQ(known["restMode"], 2);
+    EXPECT_EQ(known["color"], "#ff8001");
+    EXPECT_EQ(known["fahrenheit"], true);
+    EXPECT_EQ(Status(http::verb::post, "/api/settings", R"({"hours24": true})"), 200);
+    std::string log;
+    while (log.find("7 with") == std::string::npos)
+        log += viewer.Next("log")["lines"].dump();
+    EXPECT_NE(log.find("9 with 4 bytes"), std::string::npos)
+        << "the stored background is shown from the start";
+    for (const char* kept : {R"(\"language\":\"UKR\")", R"(\"dateFormat\":257)", R"(\"24hFormat\":1)"})
+        EXPECT_NE(log.find(kept), std::string::npos) << kept << " in " << log;
+}
+
 TEST_F(LivePage, WrongInputIsAnsweredWithOneSentence) {
     StartHost();
     const std::tuple<const char*, const char*, int> cases[] = {

@@ -115,13 +115,14 @@ export const pictureOf = page => page.evaluate(() => {
   return hash;
 });
 
-// The same number for the screen inside a PNG file of a whole frame.
+// The same number for the screen inside a PNG file, of a whole frame or of the screen alone.
 export const pictureOfPng = (page, file) => page.evaluate(async base64 => {
   const bytes = Uint8Array.from(atob(base64), c => c.charCodeAt(0));
   const bitmap = await createImageBitmap(new Blob([bytes], { type: "image/png" }), { colorSpaceConversion: "none" });
-  const context = new OffscreenCanvas(784, 784).getContext("2d");
+  const context = new OffscreenCanvas(bitmap.width, bitmap.height).getContext("2d");
   context.drawImage(bitmap, 0, 0);
-  const data = new Uint32Array(context.getImageData(32, 32, 720, 720).data.buffer);
+  const inset = (bitmap.width - 720) / 2;
+  const data = new Uint32Array(context.getImageData(inset, inset, 720, 720).data.buffer);
   let hash = 0;
   for (const pixel of data)
     hash = Math.imul(hash ^ pixel, 16777619) >>> 0;

@@ -155,7 +155,11 @@ await step("settings reach the display and its log is shown", async () => {
   await page.click("#tab-log");
   await page.selectOption("#log-level", "4");
   await page.click("#tab-settings");
+  const day = await pictureOf(page);
   await page.click("[name=night]");
+  if (real)
+    await until("the picture of the night", async () => (await pictureOf(page)) !== day);
+  const dark = await pictureOf(page);
   await page.click("#tab-log");
   await until("log lines", async () => (await page.$$("#log li")).length > 0);
   await page.fill("#log-filter", "no line says this");
@@ -163,7 +167,51 @@ await step("settings reach the display and its log is shown", async () => {
   await page.fill("#log-filter", "");
   await page.click("#tab-settings");
   await page.click("[name=night]");
+  if (real)
+    await until("the picture of the day", async () => (await pictureOf(page)) !== dark);
+  await page.click("#rest");
+  await rested();
+  if (real) {
+    const before = (await commandsOf(page)).length;
+    await tap(page, 360, 415);
+    await until("a page that still works", async () => (await commandsOf(page)).length > before);
+  }
   await page.click("#tab-commands");
+});
+
+// The finger is moved without waiting for the browser's answer each time: that wait, not the display, would set the pace.
+await step("a drag is shown as fast as the browser paints, and nothing queues up behind it", async () => {
+  await rested();
+  await page.evaluate(() => {
+    window.shown = 0;
+    window.painted = 0;
+    window.watcher = new MutationObserver(() => window.shown++);
+    window.watcher.observe(document.getElementById("screen"), { attributes: true, attributeFilter: ["data-serial"] });
+    const count = () => { window.painted++; window.watcher && requestAnimationFrame(count); };
+    requestAnimationFrame(count);
+  });
+  const made = (await host.info()).frames, start = Date.now();
+  const left = await placeOf(page, 150, 50), right = await placeOf(page, 560, 50);
+  await page.mouse.move(right.x, right.y);
+  await page.mouse.down();
+  let last;
+  for (let i = 0; Date.now() - start < 2000; i++) {
+    last = page.mouse.move(left.x + (right.x - left.x) * Math.abs(i % 100 - 50) / 50, left.y);
+    await sleep(8);
+  }
+  await last;
+  const made2 = (await host.info()).frames - made, seconds = (Date.now() - start) / 1000;
+  const { shown, painted } = await page.evaluate(() => ({ shown: window.shown, painted: window.painted }));
+  await page.mouse.up();
+  console.log(`        ${(shown / seconds).toFixed(1)} pictures/s shown, ${(made2 / seconds).toFixed(1)} made, ` +
+    `${(painted / seconds).toFixed(1)} paints/s of the browser`);
+  if (real)
+    assert.ok(shown >= Math.min(made2, painted) * 0.75, "what is made is shown");
+  await rested();
+  const screenshot = join(folder, "after-drag.png");
+  writeFileSync(screenshot, Buffer.from(await (await fetch(`${host.url}screenshot.png`)).arrayBuffer()));
+  assert.equal(await pictureOf(page), await pictureOfPng(page, screenshot), "the newest picture is shown");
+  await page.evaluate(() => { window.watcher.disconnect(); window.watcher = null; });
 });
 
 await step("a second viewer sees the same and both see each other's commands", async () => {
