@@ -2,7 +2,7 @@
 
 #include "gui/font.h"
 #include "gui/font_table.h"
-#include "gui/utf8_reader.h"
+#include "gui/text_layout.h"
 #include "structure/style_sheet.h"
 
 #include <algorithm>
@@ -18,37 +18,6 @@ constexpr uint32_t kHalfAlpha = 0x80000000, kRgbMask = 0x00FFFFFF;
 constexpr const char* kDegree = "°";
 constexpr int32_t kMaxDigit = 9;
 
-// What a line of text covers, relative to its line box.
-struct InkBox {
-    int32_t left = 0, top = 0, right = 0, bottom = 0;
-};
-
-// Measures the advance of a line into `width` and returns its ink; all zero where nothing shows.
-InkBox MeasureInk(CVrGuiFont& font, const CVrxStringU& line, int32_t& width) {
-    InkBox ink;
-    bool shows = false;
-    int32_t pen = 0;
-    Utf8Reader reader(line.CStr());
-    while (!reader.IsAtEnd()) {
-        const uint32_t code = reader.Next();
-        const CFontCacheData* glyph = font.GetGlyphDsc(code, reader.Peek());
-        if (!glyph)
-            continue;
-        if (glyph->HasBitmap()) {
-            const int32_t left = pen + glyph->left;
-            const int32_t bottom = font.ascent - glyph->below;
-            const InkBox box{left, bottom - glyph->glyphSize.height, left + glyph->glyphSize.width, bottom};
-            ink = shows ? InkBox{std::min(ink.left, box.left), std::min(ink.top, box.top),
-                                 std::max(ink.right, box.right), std::max(ink.bottom, box.bottom)}
-                        : box;
-            shows = true;
-        }
-        pen += glyph->advance;
-    }
-    width = pen;
-    return ink;
-}
-
 } // namespace
 
 // One of the texts, measured; `at` is the corner of its line box.
@@ -57,17 +26,17 @@ struct CVrGuiTemperatureWidget::Piece {
         if (!font)
             return;
         font->MeasureText(size, text); // the second look at a pair of glyphs knows its kerning
-        ink = MeasureInk(*font, text, size.width);
+        MeasureInk(ink, *font, text);
     }
 
-    int32_t Right() const { return at.x + size.width; }
+    int32_t Right() const { return at.x + ink.width; }
     // Puts the left edge of the ink at `x`.
     void BeginInkAt(int32_t x) { at.x = x - ink.left; }
 
     CVrGuiFont* font;
     CVrxStringU text;
     CVrSize size;
-    InkBox ink;
+    TextInk ink;
     CVrPoint at;
 };
 
@@ -90,7 +59,7 @@ struct CVrGuiTemperatureWidget::Pieces {
 
     // What does not show does not count.
     int32_t Width(const CVrGuiTemperatureWidget& widget) const {
-        int32_t width = whole.size.width;
+        int32_t width = whole.Right();
         if (widget.showFraction)
             width = std::max({width, point.Right(), fraction.Right()});
         if (!widget.unitOutside && !widget.unit.IsEmpty())

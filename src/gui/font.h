@@ -31,7 +31,7 @@ struct CFontCacheData {
     int16_t rawAdvance = 0; // font units
     CVrSize glyphSize;      // of the bitmap box, pixels
     int16_t left = 0;       // from the pen to the first column of the bitmap
-    int16_t below = 0;      // rows of the bitmap below the baseline; negative: it ends that far above
+    int16_t below = 0;      // from the baseline up to the lower edge of the bitmap; negative: it hangs below
     int16_t advance = 0;    // pixels to the next pen position, with the kerning of the last look-up
 };
 

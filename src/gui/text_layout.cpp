@@ -1,5 +1,6 @@
 #include "gui/text_layout.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -176,4 +177,29 @@ void WrapText(CVrxStringU& out, CVrGuiFont* font, const CVrxStringU& text, int32
         word = wordEnd + 1;
     }
     out = lines.Take();
+}
+
+bool MeasureInk(TextInk& out, CVrGuiFont& font, const CVrxStringU& text) {
+    out = TextInk();
+    bool shows = false;
+    Utf8Reader reader(text.CStr());
+    while (!reader.IsAtEnd()) {
+        const uint32_t code = reader.Next();
+        const bool isEnd = code == 0 || code == '\n' || code == '\r';
+        const CFontCacheData* glyph = isEnd ? nullptr : font.GetGlyphDsc(code, reader.Peek());
+        if (!glyph)
+            break;
+        if (glyph->HasBitmap()) {
+            const int32_t left = out.width + glyph->left;
+            const int32_t bottom = font.ascent - glyph->below;
+            const int32_t top = bottom - glyph->glyphSize.height;
+            out.left = shows ? std::min(out.left, left) : left;
+            out.top = shows ? std::min(out.top, top) : top;
+            out.right = std::max(out.right, left + glyph->glyphSize.width);
+            out.bottom = shows ? std::max(out.bottom, bottom) : bottom;
+            shows = true;
+        }
+        out.width += glyph->advance;
+    }
+    return shows;
 }

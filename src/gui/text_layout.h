@@ -17,3 +17,12 @@ void ShortenText(CVrxStringU& out, CVrGuiFont* font, const CVrxStringU& text, in
 // cut. Without a font or a width the text as it is. At most maxLines lines come out, the rest is left away.
 void WrapText(CVrxStringU& out, CVrGuiFont* font, const CVrxStringU& text, int32_t maxWidth,
               uint32_t maxLines = UINT32_MAX);
+
+// What the first line of a text covers, in pixels relative to the top left corner of its line box.
+struct TextInk {
+    int32_t left = 0, top = 0, right = 0, bottom = 0; // all 0 where nothing shows
+    int32_t width = 0;                                // of the line box
+};
+
+// Measures the ink of a line, up to a character without a glyph. False: nothing shows.
+bool MeasureInk(TextInk& out, CVrGuiFont& font, const CVrxStringU& text);

@@ -1,6 +1,7 @@
 #include "shell/frame.h"
 
 #include "foundation/class_factory.h"
+#include "gui/application.h"
 #include "gui/plain_text.h"
 #include "shell/actionbar.h"
 #include "shell/frame_area.h"
@@ -9,6 +10,7 @@
 #include "shell/popup_menu.h"
 #include "structure/item.h"
 #include "structure/object_types.h"
+#include "structure/structure.h"
 #include "structure/style_sheet.h"
 
 VR_REGISTER_ELEMENT(CVrGuiFrame)
@@ -19,6 +21,18 @@ constexpr uint32_t kComingSoonIconSize = 64; // pixels
 constexpr int32_t kComingSoonStackGap = 30;
 constexpr uint32_t kGroupButton = 3; // of the action bar: the players of a group
 constexpr int32_t kGroupButtonId = 3, kGroupButtonSymbol = 10010;
+
+// The symbol of the item's category tells best what will stand here one day; without one it is the item's own.
+void FindNoticeSymbol(CVrGuiComingSoonText& notice, const CVrStructureItem* item) {
+    const CVrStructure* structure = TheApplication()->Structure();
+    const CRoomCat* category = item && structure ? structure->categories.Lookup(item->category) : nullptr;
+    notice.iconName.Clear();
+    notice.iconStatic = false;
+    if (category && category->icon != 0)
+        structure->GetSymbolName(notice.iconName, category->icon);
+    if (notice.iconName.IsEmpty())
+        notice.GetItemIcon(notice.iconName, item);
+}
 
 } // namespace
 
@@ -165,7 +179,7 @@ void CVrGuiFrame::AddComingSoonText() {
     notice->fontIndex = FontIndex::BigBold;
     notice->stackGap = kComingSoonStackGap;
     notice->OnLanguageChanged();
-    GetItemIcon(notice->iconName, item);
+    FindNoticeSymbol(*notice, item);
     notice->iconSize = notice->addIconSize = kComingSoonIconSize;
     notice->layoutLocked = true;
     PlaceComingSoonText();

@@ -15,6 +15,7 @@
 #include "structure/item.h"
 #include "structure/structure.h"
 
+#include <cstring>
 #include <initializer_list>
 
 VR_REGISTER_ELEMENT(CVrGuiMainWin)
@@ -96,6 +97,8 @@ void CVrGuiMainWin::RepaintAll() {
 
 void CVrGuiMainWin::ShowSplash() {
     text = className;
+    if (savedPixels && HasStore())
+        memcpy(pixels, savedPixels, StoreBytes());
     TheApplication()->PresentStore();
     flags = (flags & ~FlagHidden) | FlagPaintable;
     platform::Pause(splashMs);

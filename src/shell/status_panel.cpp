@@ -5,7 +5,7 @@
 #include "gui/application.h"
 #include "gui/font.h"
 #include "gui/icon.h"
-#include "gui/utf8_reader.h"
+#include "gui/text_layout.h"
 #include "shell/main_window.h"
 #include "structure/style_sheet.h"
 
@@ -57,26 +57,6 @@ struct Spinner {
     }
 };
 
-// Top and bottom of what the first line of a text shows, relative to the top of its line box. False: nothing shows.
-bool MeasureInk(CVrGuiFont& font, const char* text, int32_t& top, int32_t& bottom) {
-    bool shows = false;
-    Utf8Reader reader(text);
-    while (!reader.IsAtEnd()) {
-        const uint32_t code = reader.Next();
-        if (code == 0 || code == '\n' || code == '\r')
-            break;
-        const CFontCacheData* glyph = code == ' ' ? nullptr : font.GetGlyphDsc(code, 0);
-        if (!glyph || glyph->glyphSize.IsEmpty())
-            continue;
-        const int32_t glyphBottom = font.ascent + glyph->below;
-        const int32_t glyphTop = glyphBottom - glyph->glyphSize.height;
-        top = shows ? std::min(top, glyphTop) : glyphTop;
-        bottom = shows ? std::max(bottom, glyphBottom) : glyphBottom;
-        shows = true;
-    }
-    return shows;
-}
-
 CVrPoint StatusTextPosition(const CVrRect& panel, CVrGuiFont& font, const char* text, const CVrSize& textSize,
                             const Spinner* spinner) {
     const int32_t top = panel.height <= kContentTop ? 0 : kContentTop;
@@ -90,9 +70,9 @@ CVrPoint StatusTextPosition(const CVrRect& panel, CVrGuiFont& font, const char* 
     // Without a spinner the ink is centred, not the line box: nobody sees the box.
     const int32_t bottom = std::clamp(panel.height - kPanelInset, top, panel.height);
     position.y = std::max(top + (bottom - top - textSize.height) / 2, top);
-    int32_t inkTop = 0, inkBottom = 0;
-    if (MeasureInk(font, text, inkTop, inkBottom))
-        position.y = (bottom - top) / 2 - (inkTop + inkBottom) / 2 + top;
+    TextInk ink;
+    if (MeasureInk(ink, font, text))
+        position.y = (bottom - top) / 2 - (ink.top + ink.bottom) / 2 + top;
     return position;
 }
 
