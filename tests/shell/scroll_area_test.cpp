@@ -521,31 +521,60 @@ TEST_F(ScrollAreaTest, RandomEventsNeverWedgeIt) {
 
 // ---- Painting ----
 
-TEST_F(ScrollAreaTest, DragBlendsTheContentWithoutPaintingItAgain) {
-    Application twin; // the same scene, painted wholly at each pass
-    auto* whole = new Area;
-    whole->SetParent(twin.root.get());
-    whole->rect = kPlace;
-    whole->canvasSize = kPlace.Size();
-    whole->SetScrolling();
-    whole->SizeStore(area->storeSize);
-    for (uint32_t i = 0; i < area->ChildCount(); i++)
-        Add(*whole, Child(i).rect, Child(i).colors[0]);
-
-    app.root->Draw(false, true);
-    area->paintings = 0;
-    std::mt19937 random(99);
-    for (int pass = 0; pass < 200; pass++) {
-        area->offsetY = whole->offsetY = -static_cast<int>(random() % 800) + 50;
-        app.root->needsUpdate = true;
-        app.root->Draw(false, true);
-        twin.root->Draw(true, true);
-        ASSERT_EQ(memcmp(app.root->pixels, twin.root->pixels, 720 * 720 * 4), 0) << pass;
+// A scene made of a seed: overlapping panels, some round, some in others, some hidden, in an area somewhere.
+Area& AddScene(CVrGuiElement& root, uint32_t seed) {
+    std::mt19937 random(seed);
+    const auto any = [&random](int from, int to) {
+        return from + static_cast<int>(random() % static_cast<unsigned>(to - from));
+    };
+    auto& area = *new Area;
+    area.SetParent(&root);
+    area.rect = CVrRect(any(0, 200), any(0, 200), any(100, 520), any(100, 520));
+    area.canvasSize = area.rect.Size();
+    area.SetScrolling();
+    area.SizeStore(CVrSize(area.rect.width, any(80, 1500)));
+    for (int i = any(0, 30); i > 0; i--) {
+        const CVrRect place(any(0, 80), any(0, 1400), any(1, 400), any(1, 300));
+        Probe& panel = Add(area, place, 0xFF000000 | static_cast<uint32_t>(random()));
+        panel.cornerMask = random() & CornerAll;
+        panel.SetHidden(any(0, 8) == 0);
+        if (any(0, 2))
+            Add(panel, CVrRect(any(0, 40), any(0, 40), any(1, 60), any(1, 60)),
+                static_cast<uint32_t>(any(1, 255)) << 24 | static_cast<uint32_t>(random() >> 8));
     }
-    EXPECT_EQ(area->paintings, 0);
-    Child(4).Invalidate();
-    app.root->Draw(false, true);
-    EXPECT_EQ(area->paintings, 1);
+    return area;
+}
+
+TEST_F(ScrollAreaTest, DragBlendsTheContentWithoutPaintingItAgain) {
+    delete area;
+    Application twin; // the same scenes, painted wholly at each pass
+    app.root->colorIndex[0] = twin.root->colorIndex[0] = 1;
+    app.root->colors[0] = twin.root->colors[0] = 0xFF101820;
+    std::mt19937 random(99);
+    for (uint32_t scene = 0; scene < 20; scene++) {
+        Area& kept = AddScene(*app.root, scene);
+        Area& whole = AddScene(*twin.root, scene);
+        for (int pass = 0; pass < 12; pass++) {
+            kept.offsetY = whole.offsetY = -static_cast<int>(random() % 1500) + 100;
+            app.root->needsUpdate = true;
+            app.root->Draw(false, true);
+            twin.root->Draw(true, true);
+            ASSERT_EQ(memcmp(app.root->pixels, twin.root->pixels, 720 * 720 * 4), 0) << scene << "/" << pass;
+            ASSERT_EQ(kept.paintings, 1 + pass / 6);
+            if (pass != 5)
+                continue;
+            for (Area* changed : {&kept, &whole})
+                if (changed->ChildCount() > 0) {
+                    changed->Child(0)->SetPos(3, 4);
+                    changed->Child(0)->Invalidate();
+                }
+            if (kept.ChildCount() == 0)
+                kept.Invalidate();
+        }
+        delete &kept;
+        delete &whole;
+    }
+    area = nullptr;
 }
 
 TEST_F(ScrollAreaTest, DragFlagsTheRootAlone) {
