@@ -1,7 +1,14 @@
 // The decoder thread between a simulated camera and an output that keeps what it is shown.
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <mutex>
 
 #include "media/camera_support.h"
@@ -70,6 +77,45 @@ Bytes ThreePictures() {
     return WriteStream(kFirst + kSecond + kThird);
 }
 
+// A program that runs until this goes; its standard output is read line by line.
+class Program {
+public:
+    explicit Program(std::vector<std::string> words) {
+        int ends[2] = {-1, -1};
+        EXPECT_EQ(pipe(ends), 0);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawn_file_actions_addclose(&actions, ends[0]);
+        std::vector<char*> arguments;
+        for (std::string& word : words)
+            arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        EXPECT_EQ(posix_spawn(&pid, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&actions);
+        close(ends[1]);
+        output = fdopen(ends[0], "r");
+    }
+    ~Program() {
+        kill(pid, SIGTERM);
+        int status = -1;
+        waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "ends cleanly when asked";
+        fclose(output);
+    }
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    std::string ReadLine() {
+        char line[512] = {};
+        return fgets(line, sizeof line, output) != nullptr ? line : "";
+    }
+
+private:
+    pid_t pid = -1;
+    FILE* output = nullptr;
+};
+
 } // namespace
 
 TEST(VideoDecoder, ShowsEachPictureOnceWhateverTheWireDoes) {
@@ -94,6 +140,31 @@ TEST(VideoDecoder, ShowsEachPictureOnceWhateverTheWireDoes) {
         EXPECT_EQ(log.Count("Ch264VideoDecoder::MainLoop: Received "), faulty ? 5U : 3U);
         EXPECT_TRUE(log.Has("Ch264VideoDecoder::MainLoop: start video loop 0"));
     }
+}
+
+TEST(VideoDecoder, ShowsWhatTheSimulatorProgramServes) {
+    namespace fs = std::filesystem;
+    const std::string program = std::string(WALLSLATE_BINARY_DIR) + "/camsim";
+    if (!fs::exists(program))
+        GTEST_SKIP() << "camsim is not built";
+    const fs::path file = fs::temp_directory_path() / ("camsim_" + std::to_string(getpid()) + ".264");
+    const Bytes stream = ThreePictures();
+    std::ofstream(file, std::ios::binary)
+        .write(reinterpret_cast<const char*>(stream.data()), static_cast<std::streamsize>(stream.size()));
+    Program camsim({program, file.string(), "--listen", "127.0.0.1:0", "--rate", "50", "--audio", "1",
+                    "--pause", "3", "--pause-ms", "30"});
+    const std::string line = camsim.ReadLine();
+    fs::remove(file);
+    ASSERT_TRUE(line.starts_with("serving " + file.string() + " on 127.0.0.1:")) << line;
+    Screen screen;
+    Ch264VideoDecoder decoder;
+    Start(decoder, screen, static_cast<std::uint16_t>(std::stoi(line.substr(line.rfind(':') + 1))));
+    EXPECT_EQ(camsim.ReadLine(), "client connected\n");
+    EXPECT_TRUE(WaitUntil([&] { return screen.Shown().size() >= 6; })) << "begins again at the end";
+    const std::vector<std::string> shown = screen.Shown();
+    EXPECT_EQ(std::vector<std::string>(shown.begin(), shown.begin() + 3), kPictures);
+    EXPECT_EQ(std::vector<std::string>(shown.begin() + 3, shown.begin() + 6), kPictures);
+    EXPECT_GT(decoder.camClient.audioIn.Held(), 0U);
 }
 
 // Everything in one packet, the connection gone before the first picture is on the screen: all are shown.

@@ -1,4 +1,6 @@
 // camsim FILE.264: serves a byte stream as a door station's camera does. See --help.
+#include <cctype>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -19,7 +21,7 @@ constexpr const char* kDescription =
     "from the start, in packets with headers of 16 bytes, one picture a packet.\n";
 constexpr const char* kFooter = "\nFaults count packets: --zero-length 10 sends an empty packet before every "
                                 "tenth. They may be combined.\n"
-                                "The program ends with Ctrl-C.";
+                                "The program ends with Ctrl-C.\n";
 
 constexpr std::uint16_t kCameraPort = 1818;
 
@@ -44,10 +46,11 @@ Endpoint ParseEndpoint(const std::string& text) {
         endpoint.address = "127.0.0.1";
     if (colon == std::string::npos)
         return endpoint;
-    unsigned port = 0;
-    if (!CLI::detail::lexical_cast(text.substr(colon + 1), port) || port > UINT16_MAX)
-        throw std::runtime_error(text.substr(colon + 1) + " is no port");
-    endpoint.port = static_cast<std::uint16_t>(port);
+    const std::string digits = text.substr(colon + 1);
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, endpoint.port);
+    if (error != std::errc() || stop != end)
+        throw std::runtime_error(digits + " is no port");
     return endpoint;
 }
 
@@ -79,6 +82,10 @@ std::optional<int> ParseOptions(int argc, char** argv, Options* options) {
         ->type_name("N");
     app.add_flag("--nal", options->stream.byNal, "one NAL unit a packet, not one picture");
     app.add_option("--type", options->stream.type, "letter of the video packets, H by default; not A")
+        ->check([](const std::string& text) {
+            const bool isLetter = text.size() == 1 && std::isalpha(static_cast<unsigned char>(text[0])) != 0;
+            return isLetter && text != "A" ? std::string() : text + " is no letter of video";
+        })
         ->type_name("LETTER");
     app.add_option("--split", options->stream.pieceBytes, "send in pieces of so many bytes")
         ->type_name("BYTES");
