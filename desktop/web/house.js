@@ -93,6 +93,8 @@ export class HousePanel {
     const badge = document.getElementById("fault-badge");
     badge.hidden = errors === 0;
     badge.textContent = errors;
+    badge.setAttribute("aria-label", errors === 1 ? ", one fault" : `, ${errors} faults`);
+    badge.setAttribute("role", "img");
     const faulty = house.findings.length > 0;
     this.verdict.className = `verdict ${errors > 0 ? "bad" : faulty ? "" : "good"}`;
     this.verdict.textContent = house.shown

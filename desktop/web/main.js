@@ -174,7 +174,7 @@ $("record").addEventListener("click", () => {
 
 function showRecording() {
   $("record").setAttribute("aria-pressed", recorder.isOn);
-  $("record").textContent = recorder.isOn ? `Stop and save (${recorder.lines.length} lines)` : "Record";
+  $("record").textContent = recorder.isOn ? `Stop and save (${recorder.lines.length})` : "Record";
 }
 
 function toggle(id, act) {
