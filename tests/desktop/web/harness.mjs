@@ -100,6 +100,27 @@ export async function tap(page, x, y) {
   await page.mouse.click(place.x, place.y);
 }
 
+// To and fro between two places for a while, the mouse being down: one move for every paint of the browser. Moves sent
+// from outside would come at the pace of this program, not of a hand. Tells how many pictures were shown meanwhile.
+export const dragToAndFro = (page, left, right, ms) => page.evaluate(([left, right, ms]) => new Promise(resolve => {
+  const canvas = document.getElementById("screen"), span = right.x - left.x, start = performance.now();
+  let moves = 0, shown = 0;
+  const watcher = new MutationObserver(() => shown++);
+  watcher.observe(canvas, { attributes: true, attributeFilter: ["data-serial"] });
+  const step = () => {
+    const passed = performance.now() - start;
+    if (passed >= ms) {
+      watcher.disconnect();
+      return resolve({ moves, shown, seconds: passed / 1000 });
+    }
+    moves++;
+    const clientX = left.x + Math.abs(span - moves * 7 % (2 * span));
+    canvas.dispatchEvent(new PointerEvent("pointermove", { pointerId: 1, clientX, clientY: left.y, bubbles: true }));
+    requestAnimationFrame(step);
+  };
+  requestAnimationFrame(step);
+}), [left, right, ms]);
+
 export const serialOf = page => page.evaluate(() => Number(document.getElementById("screen").dataset.serial));
 export const commandsOf = page => page.$$eval("#commands li", rows => rows.map(row => ({
   words: row.querySelector(".words").textContent, text: row.querySelector("code").textContent,
