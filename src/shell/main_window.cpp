@@ -156,8 +156,11 @@ bool CVrGuiMainWin::ShowDefaultScreen() {
 
 // ---------------------------------------------------------------------------------------------- popups
 
+// One that is on its way counts, also while the picture behind it is painted: it is dimmed from the start.
 bool CVrGuiMainWin::IsPopupUp() const {
-    return IsUp(popupFrame) || IsUp(popupSliderFrame);
+    const CVrGuiElement* moving = moveAnimation.element;
+    const bool isOnItsWay = moving && (moving == popupFrame || moving == popupSliderFrame);
+    return isOnItsWay || IsUp(popupFrame) || IsUp(popupSliderFrame);
 }
 
 void CVrGuiMainWin::ClosePopups() {

@@ -133,10 +133,12 @@ TEST_F(GoldenRootAnimation, AFadeLetsTheSavedPictureThrough) {
 }
 
 TEST_F(RootAnimation, AChangeMeanwhileShowsWhenItIsOver) {
+    const CVrPoint at = PageOnDisplay::Middle(*tile).Moved(40, -100); // above the popup
+    const uint32_t unselected = on.display.PixelAt(at.x, at.y);
     ArmPopup();
     FramesOf(2);
-    const CVrPoint at = PageOnDisplay::Middle(*tile).Moved(40, 40);
     const uint32_t before = on.display.PixelAt(at.x, at.y);
+    EXPECT_NE(before, unselected) << "what lies behind a popup on its way is dimmed";
     tile->state = CVrGuiElement::StateSelected;
     tile->Invalidate();
     on.display.App().WakeForRepaint();
@@ -144,7 +146,7 @@ TEST_F(RootAnimation, AChangeMeanwhileShowsWhenItIsOver) {
     EXPECT_EQ(on.display.PixelAt(at.x, at.y), before);
     FramesOf(20);
     Root().popupFrame->SetHidden(true);
-    EXPECT_NE(Repainted()[static_cast<size_t>(at.y * kScreenSide + at.x)], before);
+    EXPECT_NE(Repainted()[static_cast<size_t>(at.y * kScreenSide + at.x)], unselected);
 
     // New colours are another matter: the picture of the rest is saved anew.
     ArmPopup();
