@@ -97,23 +97,22 @@ void CCamClient::MainLoop() {
     net.timeoutMs = timeoutSec * kMsPerSecond;
     Log(LogEvent, kTag, "start read stream loop");
     streamState.store(Connected, std::memory_order_release);
-    SendHello();
-    while (!IsStopRequested()) {
+    bool isAlive = SendHello();
+    while (isAlive && !IsStopRequested()) {
         platform::YieldProcessor();
-        if (IsStopRequested() || !ReceivePass())
-            break;
+        isAlive = !IsStopRequested() && ReceivePass();
     }
     net.Close();
     streamState.store(StreamEnded, std::memory_order_release);
 }
 
-void CCamClient::SendHello() {
+bool CCamClient::SendHello() {
     const auto first = static_cast<uint32_t>(rand());
     const auto second = static_cast<uint32_t>(rand());
     WriteHeader(hello, kTypeHello);
     WriteLittleEndian(hello + kFirstNumberAt, second);
     WriteLittleEndian(hello + kSecondNumberAt, first);
-    net.Send(hello, kHeaderBytes);
+    return net.Send(hello, kHeaderBytes);
 }
 
 bool CCamClient::ReceivePass() {

@@ -91,7 +91,7 @@ private:
     bool BeginPayload();
     bool LoseStep();
     void PublishUnit();
-    void SendHello();
+    bool SendHello();
     char Type() const { return static_cast<char>(inHeader[3]); }
 
     uint32_t headerFill = 0;  // bytes of inHeader that are there
