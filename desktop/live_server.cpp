@@ -4,6 +4,7 @@
 #include "desktop/live_viewer.h"
 #include "desktop/picture.h"
 
+#include <boost/asio/ip/udp.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <boost/beast/http.hpp>
 #include <cstdio>
@@ -273,7 +274,21 @@ void WaitForPage(LiveHost& host, LiveScriptTarget& target, std::chrono::millisec
     }
 }
 
-void PrintAddress(const ListenAddress& address, const Token& token) {
+// "Every address" is nowhere to go for a browser: one of this machine's that others can reach, found by asking which
+// one a packet to elsewhere would leave from. None is sent.
+std::string ReachableHost(const std::string& host) {
+    if (!asio::ip::make_address(host).is_unspecified())
+        return host;
+    asio::io_context context;
+    asio::ip::udp::socket socket(context);
+    const asio::ip::udp::endpoint elsewhere(asio::ip::make_address("192.0.2.1"), 9); // set aside for examples
+    beast::error_code error;
+    socket.connect(elsewhere, error);
+    return error ? "127.0.0.1" : socket.local_endpoint().address().to_string();
+}
+
+void PrintAddress(ListenAddress address, const Token& token) {
+    address.host = ReachableHost(address.host);
     std::printf("http://%s/%s\n", address.Authority().c_str(),
                 token.generated ? ("#token=" + token.text).c_str() : "");
     std::fflush(stdout);
