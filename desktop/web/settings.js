@@ -12,16 +12,18 @@ const countries = "01 AT AU BE BG BR CA CH CN CY CZ DE DK EE ES FI FR GB GR HK H
 const backgrounds = ["#ffffff", "#e8e2d6", "#c9d6df", "#bfcdb4", "#e3b7a0", "#7d8fa3", "#4a5a4e", "#3b3f46", "#1d2b3a",
   "#000000"];
 
+const colorPause = 150; // ms between two colours
+
 export class SettingsPanel {
   // apply(settings) sends them to the host.
   constructor(apply) {
     this.form = document.getElementById("settings");
     this.apply = apply;
+    this.colorTimer = 0;
     this.fillLists();
     this.form.addEventListener("submit", event => event.preventDefault());
     this.form.addEventListener("change", event => this.onChange(event.target));
-    // while the colour dialogue is open the display follows
-    this.form.elements.color.addEventListener("input", event => this.onChange(event.target));
+    this.form.elements.color.addEventListener("input", () => this.followColor());
   }
 
   fillLists() {
@@ -42,6 +44,16 @@ export class SettingsPanel {
       });
       swatches.append(button);
     }
+  }
+
+  // While the colour dialogue is open the display follows, as fast as it can store a colour and no faster.
+  followColor() {
+    if (this.colorTimer)
+      return;
+    this.colorTimer = setTimeout(() => {
+      this.colorTimer = 0;
+      this.onChange(this.form.elements.color);
+    }, colorPause);
   }
 
   onChange(field) {
