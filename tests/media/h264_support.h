@@ -27,6 +27,7 @@ struct Frame {
     std::uint32_t height = 0;
     Bytes planes;
     std::uint32_t numErrMbs = 0;
+    h264::CropWindow crop{};
 
     std::string Sum() const { return Md5::Of(planes.data(), planes.size()); }
     std::uint8_t Luma(std::uint32_t x, std::uint32_t y) const { return planes[y * width + x]; }
@@ -35,6 +36,20 @@ struct Frame {
     }
     std::uint8_t Cr(std::uint32_t x, std::uint32_t y) const {
         return planes[width * height * 5 / 4 + y * width / 2 + x];
+    }
+    // The planes of the part that the stream wants shown.
+    Bytes Shown() const {
+        Bytes shown;
+        std::size_t plane = 0;
+        for (const std::uint32_t step : {1u, 2u, 2u}) {
+            for (std::uint32_t y = crop.y / step; y < (crop.y + crop.height) / step; ++y) {
+                const auto row =
+                    planes.begin() + static_cast<std::ptrdiff_t>(plane + y * width / step + crop.x / step);
+                shown.insert(shown.end(), row, row + crop.width / step);
+            }
+            plane += std::size_t{width} * height / step / step;
+        }
+        return shown;
     }
 };
 
@@ -86,7 +101,7 @@ private:
     static Frame Copy(const h264::DecodedPicture& picture) {
         const std::size_t size = std::size_t{picture.width} * picture.height * 3 / 2;
         return {picture.width, picture.height, Bytes(picture.planes, picture.planes + size),
-                picture.numErrMbs};
+                picture.numErrMbs, picture.crop};
     }
 
     struct Deleter {
