@@ -66,6 +66,13 @@ TEST(GoldenPages, ComingSoon) {
         TestHouse::Of(R"([{"T":458,"U":1,"N":"Front door","C":1},{"T":342,"U":2,"N":"S","C":1}])"));
     display.Settle();
     EXPECT_TRUE(ScreenMatches(display, "coming-soon"));
+    display.Page()->item->icon = 7; // the category's symbol comes first
+    display.Page()->FillArea(nullptr);
+    EXPECT_EQ(display.Page()->frameArea->Child(0)->iconName, "lightbulb.svg");
+    display.Page()->item->category = 0;
+    display.Page()->item->icon = 0;
+    display.Page()->FillArea(nullptr);
+    EXPECT_TRUE(display.Page()->frameArea->Child(0)->iconStatic) << "the default is one of our own";
     display.Tap(360, 400);
     EXPECT_TRUE(display.TakeCommands().empty()) << "the page takes no touch";
 }

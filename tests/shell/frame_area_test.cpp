@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <tuple>
 #include <vector>
 
 #include "shell/frame.h"
@@ -85,6 +86,36 @@ TEST(FrameArea, FixedGridOfOneColumnHasNoGap) {
     grid.area->buttonCount = 1;
     grid.area->ApplyLayout();
     EXPECT_EQ(grid.area->Child(0)->rect, CVrRect(0, 0, 300, 100));
+}
+
+// Tiles share the area while they fit at their style's height; up to three do in any case.
+TEST(FrameArea, TilesShareTheAreaUntilTheyDoNotFit) {
+    constexpr int32_t kStyleHeight = 149, kGap = 10, kLeft = 1;
+    for (const auto& [height, count, shares] :
+         std::vector<std::tuple<int32_t, int32_t, bool>>{{688, 1, true},
+                                                         {688, 3, true},
+                                                         {300, 3, true},
+                                                         {688, 4, true},
+                                                         {596, 4, true},
+                                                         {595, 4, false},
+                                                         {688, 5, false}}) {
+        SCOPED_TRACE(std::to_string(count) + " in " + std::to_string(height));
+        GridPage grid(0);
+        grid.page->layoutLocked = true;
+        grid.page->SetRect(0, 0, 708, height + 20);
+        for (int32_t i = 0; i < count; i++)
+            grid.area->CreateGuiChild("CVrGuiTreeListBtn", false);
+        grid.page->ApplyLayout();
+        if (shares) {
+            const int32_t share = (height - kLeft - (kLeft + 1) - (count - 1) * kGap) / count;
+            EXPECT_EQ(grid.area->Child(static_cast<uint32_t>(count - 1))->rect.Bottom(), height - kLeft - 1);
+            EXPECT_EQ(grid.area->Child(0)->rect, CVrRect(kLeft, kLeft, 686, count == 1 ? height - 3 : share));
+        } else {
+            EXPECT_EQ(grid.area->Child(0)->rect, CVrRect(kLeft, kLeft, 686, kStyleHeight - kGap));
+        }
+        for (uint32_t i = 1; i < static_cast<uint32_t>(count); i++)
+            EXPECT_EQ(grid.area->Child(i)->rect.y - grid.area->Child(i - 1)->rect.Bottom(), kGap);
+    }
 }
 
 TEST(FrameArea, ButtonsGlideToTheirNewPlaces) {
