@@ -24,15 +24,19 @@ void BindOutputPage(CVrGuiFrame& page, CVrStructureItem* item, int32_t wantedTyp
     page.flags |= CVrGuiElement::FlagPage;
 }
 
-CVrxStringU OutputSymbolName(const CVrStructureItem& item) {
+CVrxStringU CategorySymbolName(const CVrStructureItem& item) {
     const CVrStructure& structure = *TheApplication()->Structure();
     CVrxStringU name;
-    if (item.icon != 0)
-        structure.GetSymbolName(name, item.icon);
-    const CRoomCat* category = structure.categories.Lookup(item.category);
-    if (name.IsEmpty() && category)
+    if (const CRoomCat* category = structure.categories.Lookup(item.category))
         structure.GetSymbolName(name, category->icon);
     return name;
+}
+
+CVrxStringU OutputSymbolName(const CVrStructureItem& item) {
+    CVrxStringU name;
+    if (item.icon != 0)
+        TheApplication()->Structure()->GetSymbolName(name, item.icon);
+    return name.IsEmpty() ? CategorySymbolName(item) : name;
 }
 
 void ShowOutputState(CVrGuiElement& button, bool active) {

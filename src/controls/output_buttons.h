@@ -13,6 +13,9 @@ void BindOutputPage(CVrGuiFrame& page, CVrStructureItem* item, int32_t wantedTyp
 // File name of the symbol of an output: its own, else that of its category. Empty if it has neither.
 CVrxStringU OutputSymbolName(const CVrStructureItem& item);
 
+// File name of the symbol of an item's category; empty if it has none.
+CVrxStringU CategorySymbolName(const CVrStructureItem& item);
+
 // Adds a button of `buttonClass` for `item` to the page's area: titled, with symbol and state.
 void AddOutputButton(CVrGuiFrame& page, CVrStructureItem& item, const char* buttonClass, uint32_t eventMask,
                      bool active);

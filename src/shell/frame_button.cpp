@@ -86,13 +86,12 @@ bool CVrGuiFrameBtn::IsCornerHit(const CVrPoint& point) const {
 
 void CVrGuiFrameBtn::OnClick(const CVrPoint& point) {
     cornerHit = IsCornerHit(point);
-    auto* area = static_cast<CVrGuiFrameArea*>(parent);
-    if (!area)
+    if (!parent)
         return;
     // A plain tap on an unselected button deselects its neighbours; a corner tap selects several together.
-    if (!cornerHit && state == StateNormal)
-        area->ClearSelection();
-    area->OnChildSelected(this, state == StateNormal ? StateSelected : StateNormal);
+    if (!cornerHit && state == StateNormal && parent->type == ElementType::FrameArea)
+        static_cast<CVrGuiFrameArea*>(parent)->ClearSelection();
+    parent->OnChildSelected(this, state == StateNormal ? StateSelected : StateNormal);
 }
 
 // ---------------------------------------------------------------------------------------------- the cover's touch
