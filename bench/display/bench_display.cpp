@@ -9,7 +9,10 @@
 #include <vector>
 
 #include "app/gui_app.h"
-#include "shell/frame.h"
+#include "controls/light.h"
+#include "shell/actionbar.h"
+#include "shell/popup_frame.h"
+#include "shell/popup_slider.h"
 
 namespace {
 
@@ -26,50 +29,77 @@ double Median(std::vector<double>& values) {
     return values[values.size() / 2];
 }
 
-// Six pages, so that the menu row scrolls; the first one serves so many switches.
-void Load(CVrGuiApp& app, uint32_t buttons) {
-    std::string entries;
-    for (uint32_t i = 1; i <= std::max(buttons, 6U); i++)
-        entries += (i > 1 ? "," : "") + std::string(R"({"T":342,"U":)") + std::to_string(i) +
+// A house whose first entries are given, with switches behind them, so that the menu row scrolls.
+void Load(CVrGuiApp& app, std::string entries, uint32_t switches) {
+    for (uint32_t i = 1; i <= switches; i++)
+        entries += (entries.empty() ? "" : ",") + std::string(R"({"T":342,"U":)") + std::to_string(i) +
                    R"(,"N":"Ceiling light )" + std::to_string(i) + R"(","C":1})";
+    app.frameSlot = [](const uint8_t*, uint32_t) {};
     app.mainWin.splashMs = 0;
     app.CreateScreen();
     app.InitAndLoad();
     app.LoadStructure(("[" + entries + "]").c_str(), R"([{"U":1,"N":"Light","I":1}])", "[]",
                       R"([{"I":1,"N":"lightbulb.svg"}])");
-    auto* page = app.structure.root.children[0]->element;
-    auto* frame = static_cast<CVrGuiFrame*>(page);
-    frame->items.Clear();
-    for (uint32_t i = 0; i < buttons; i++)
-        frame->items.Add(app.structure.root.children[i]);
-    app.BeginLoop();
 }
 
-void Measure(uint32_t buttons, double goal) {
-    CVrGuiApp app;
-    app.frameSlot = [](const uint8_t*, uint32_t) {};
-    Load(app, buttons);
+// Each pass is the first one after `change`, whose own time counts too.
+template <typename Change>
+void Measure(const char* name, CVrGuiApp& app, double goal, Change change) {
     std::vector<uint8_t> from(kScreenBytes, 1), to(kScreenBytes);
     std::vector<double> passes, copies;
     for (int run = 0; run < kRuns; run++) {
         auto begin = Clock::now();
         memcpy(to.data(), from.data(), kScreenBytes);
         copies.push_back(Microseconds(begin));
-        app.mainWin.RepaintAll();
         begin = Clock::now();
+        change(run);
         app.DrawAndUpdate();
         passes.push_back(Microseconds(begin));
     }
     const double pass = Median(passes), copy = Median(copies);
-    printf("whole pass, page of %u buttons   %8.1f us   %5.2f M   (goal <= %.0f)\n", buttons, pass,
-           pass / copy, goal);
+    printf("%-44s %8.1f us   %5.2f M   (goal <= %.0f)\n", name, pass, pass / copy, goal);
+}
+
+// Six pages; the first one serves so many switches.
+void MeasureSwitches(uint32_t buttons, double goal) {
+    CVrGuiApp app;
+    Load(app, "", std::max(buttons, 6U));
+    auto* frame = static_cast<CVrGuiFrame*>(app.structure.root.children[0]->element);
+    frame->items.Clear();
+    for (uint32_t i = 0; i < buttons; i++)
+        frame->items.Add(app.structure.root.children[i]);
+    app.BeginLoop();
+    Measure(("whole pass, page of " + std::to_string(buttons) + " buttons").c_str(), app, goal,
+            [&app](int) { app.mainWin.RepaintAll(); });
+}
+
+// A light of nine moods with the brightness slider open.
+void MeasureLight() {
+    std::string moods;
+    for (int i = 1; i <= 9; i++)
+        moods += std::string(i > 1 ? "," : "") + R"({"name":"Mood )" + std::to_string(i) + R"(","id":)" +
+                 std::to_string(i) + "}";
+    CVrGuiApp app;
+    Load(app, R"({"T":484,"U":100,"N":"Light","C":1,"moodList":[)" + moods + "]}", 5);
+    app.BeginLoop();
+    auto& page = *static_cast<CVrGuiLightController2*>(app.structure.root.children[0]->element);
+    page.OnChildEvent(app.mainWin.actionbar->Button(2), 2, 0);
+    page.OnChildEvent(app.mainWin.actionbar->Button(2), 2, 1);
+    for (const auto until = Clock::now() + std::chrono::milliseconds(500); Clock::now() < until;)
+        app.RunPass(1); // the strip has grown
+    Measure("light with slider, whole pass", app, 16, [&app](int) { app.mainWin.RepaintAll(); });
+    Measure("light with slider, the slider changed", app, 6, [&](int run) {
+        app.mainWin.popupSliderFrame->popupSlider->SetValue(1 + run % 100);
+        page.OnControlRefresh(true);
+    });
 }
 
 } // namespace
 
 int main() {
-    Measure(4, 10);
-    Measure(9, 14);
-    Measure(14, 14);
+    MeasureSwitches(4, 10);
+    MeasureSwitches(9, 14);
+    MeasureSwitches(14, 14);
+    MeasureLight();
     return 0;
 }

@@ -147,6 +147,14 @@ void TestDisplay::Drag(int32_t x1, int32_t y1, int32_t x2, int32_t y2, uint64_t 
     Up(x2, y2);
 }
 
+void TestDisplay::ShowNight(bool night) {
+    CVrRuntimeMessage message;
+    message.flags = CVrRuntimeMessage::HasNight;
+    message.night = night;
+    app->HandleWallSlateRuntimeSettingsMessage(message);
+    Settle();
+}
+
 void TestDisplay::Settle() {
     for (uint64_t quiet = 0; quiet < kQuietMs; quiet += kStepMs) {
         const uint32_t before = g_frames;

@@ -58,6 +58,8 @@ public:
     void Tap(int32_t x, int32_t y);
     // Down, a move every 10 ms along the line, up at the end.
     void Drag(int32_t x1, int32_t y1, int32_t x2, int32_t y2, uint64_t ms);
+    // The host's message that switches night mode.
+    void ShowNight(bool night);
     // Passes until no frame has come for 150 ms of the stepped clock.
     void Settle();
 
