@@ -48,6 +48,7 @@ private:
     u32 taken = 0;
 };
 
+// 9.2.1, Table 9-5
 CoeffToken ReadCoeffToken(BitWindow& reader, CoeffTokenClass tokenClass) {
     const u32 bits = reader.Peek32();
     if (tokenClass == Nc8Up) {

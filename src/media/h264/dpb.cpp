@@ -103,6 +103,7 @@ void Dpb::PushOutput(const Picture& picture) {
         output[numOut++] = {picture.data, picture.picId, picture.numErrMbs, picture.isIdr};
 }
 
+// The bumping of C.4.5.3: by picture order count.
 bool Dpb::OutputOne() {
     if (parameters.noReordering)
         return false;
@@ -405,6 +406,7 @@ bool Dpb::FillGap(u32 frameNum) {
     return true;
 }
 
+// 8.2.5.2
 bool Dpb::CheckFrameNumGaps(u32 frameNum, bool isRefPic, bool gapsAllowed) {
     numOut = outIndex = 0;
     if (!gapsAllowed)
@@ -423,6 +425,7 @@ bool Dpb::CheckFrameNumGaps(u32 frameNum, bool isRefPic, bool gapsAllowed) {
 // ---- Reference lists (8.2.4)
 // -----------------------------------------------------------------------------------
 
+// 8.2.4.2.1: the table stands in that order.
 void Dpb::InitRefList() {
     for (u32 i = 0; i < MaxRefListEntries; ++i)
         list[i] = i < numRefFrames ? &pictures[i] : nullptr;
@@ -459,6 +462,7 @@ const Picture* Dpb::FindForReordering(const ReorderingCommand& command, i32* pre
     return nullptr;
 }
 
+// 8.2.4.3.1: the picture takes its place, later entries move on, and its old entry goes.
 void Dpb::InsertIntoList(const Picture* picture, u32 index, u32 numActive) {
     for (u32 i = numActive; i > index; --i)
         list[i] = list[i - 1];
@@ -470,6 +474,7 @@ void Dpb::InsertIntoList(const Picture* picture, u32 index, u32 numActive) {
     }
 }
 
+// 8.2.4.3
 bool Dpb::ReorderRefList(const RefPicListReordering& commands, u32 frameNum, u32 numActive) {
     UpdatePicNums(frameNum);
     if (!commands.ref_pic_list_reordering_flag)

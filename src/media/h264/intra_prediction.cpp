@@ -33,7 +33,7 @@ u32 SumLeft(const u8* dst, ptrdiff_t stride, u32 count) {
     return sum;
 }
 
-// The mean of the sides that are there, each of `count` samples (a power of two).
+// 8.3.1.2.3 and 8.3.3.3: the mean of the sides that are there, each of `count` samples (a power of two).
 u8 DcValue(const u8* dst, ptrdiff_t stride, u32 count, bool left, bool above) {
     if (!left && !above)
         return MidGrey;
@@ -42,12 +42,14 @@ u8 DcValue(const u8* dst, ptrdiff_t stride, u32 count, bool left, bool above) {
     return static_cast<u8>((sum + samples / 2) / samples);
 }
 
+// 8.3.1.2.1, 8.3.3.1 and 8.3.4.3
 void PredictVertical(u8* dst, ptrdiff_t stride, u32 side) {
     const u8* above = dst - stride;
     for (u32 y = 0; y < side; ++y, dst += stride)
         std::memcpy(dst, above, side);
 }
 
+// 8.3.1.2.2, 8.3.3.2 and 8.3.4.2
 void PredictHorizontal(u8* dst, ptrdiff_t stride, u32 side) {
     for (u32 y = 0; y < side; ++y, dst += stride)
         std::memset(dst, dst[-1], side);
@@ -174,7 +176,7 @@ void PredictDirectional4x4(u8* dst, ptrdiff_t stride, Intra4x4PredMode mode, con
 // ---- 8.3.4 Chroma
 // ----------------------------------------------------------------------------------------------
 
-// 8.3.4.1 to 8.3.4.3: each quarter has a DC of its own. The quarters off the diagonal prefer the side that
+// 8.3.4.1: each quarter has a DC of its own. The quarters off the diagonal prefer the side that
 // they touch alone.
 void PredictChromaDc(u8* dst, ptrdiff_t stride, const IntraNeighbours& n) {
     constexpr u32 Side = 4;

@@ -22,6 +22,7 @@ constexpr i32 MaxMvd = 1 << 15;
 // ---- Prediction syntax
 // -----------------------------------------------------------------------------------------
 
+// 7.3.5.1: prev_intra4x4_pred_mode_flag and rem_intra4x4_pred_mode of all blocks.
 void ReadIntra4x4PredModes(BitReader& reader, MacroblockSyntax* syntax) {
     for (i8& mode : syntax->remIntra4x4PredMode) {
         const u32 bits = reader.Peek32() >> 28; // flag and rem_intra4x4_pred_mode
@@ -37,6 +38,7 @@ bool ReadIntraChromaPredMode(BitReader& reader, MacroblockSyntax* syntax) {
     return mode <= MaxIntraChromaPredMode;
 }
 
+// ref_idx_l0, 7.3.5.1 and 7.3.5.2; not written where there is no choice.
 bool ReadRefIdx(BitReader& reader, u32 numActive, u32 count, u8* refIdx) {
     for (u32 i = 0; i < count; ++i) {
         const u32 index = numActive > 1 ? reader.ReadTe(numActive - 1) : 0;
@@ -47,6 +49,7 @@ bool ReadRefIdx(BitReader& reader, u32 numActive, u32 count, u8* refIdx) {
     return true;
 }
 
+// mvd_l0, 7.3.5.1 and 7.3.5.2
 bool ReadMvds(BitReader& reader, u32 count, i32 (*mvd)[2]) {
     for (u32 i = 0; i < count; ++i) {
         mvd[i][0] = reader.ReadSe();
@@ -228,6 +231,7 @@ bool ResidualParser::ParseChroma() {
 // ---- The layer
 // -------------------------------------------------------------------------------------------------
 
+// mb_type, Tables 7-11 and 7-13
 bool ReadMbType(BitReader& reader, const SliceHeader& header, MacroblockSyntax* syntax) {
     const u32 firstType =
         header.IsIntra() ? static_cast<u32>(MbType::I_NxN) : static_cast<u32>(MbType::P_L0_16x16);
@@ -251,6 +255,7 @@ bool ReadPcm(BitReader& reader, MacroblockSyntax* syntax) {
     return true;
 }
 
+// coded_block_pattern, 9.1.2; of Intra_16x16 it is part of mb_type.
 bool ReadCodedBlockPattern(BitReader& reader, MacroblockSyntax* syntax) {
     if (IsIntra16x16(syntax->mbType)) {
         syntax->codedBlockPattern = DecodeIntra16x16Type(syntax->mbType).codedBlockPattern;

@@ -148,6 +148,7 @@ bool Reconstructor::ChromaResidual() {
 // ---- Intra
 // -----------------------------------------------------------------------------------------------------
 
+// 8.3: with constrained_intra_pred_flag inter macroblocks count as missing.
 bool Reconstructor::UsableForIntra(const Macroblock* neighbour) const {
     return neighbour != nullptr && (!slice.ConstrainedIntraPred() || IsIntra(neighbour->mbType));
 }
@@ -203,7 +204,7 @@ Intra4x4PredMode Reconstructor::DerivePredMode(u32 index, u32 block) const {
                                          (rem_intra4x4_pred_mode >= predicted ? 1 : 0));
 }
 
-// Each block is predicted from the finished ones before it.
+// 8.3.1: each block is predicted from the finished ones before it.
 bool Reconstructor::IntraLuma4x4() {
     const IntraNeighbours mbNeighbours = MacroblockNeighbours();
     for (u32 index = 0; index < LumaBlocks; ++index) {
@@ -218,6 +219,7 @@ bool Reconstructor::IntraLuma4x4() {
     return true;
 }
 
+// 8.3.3
 bool Reconstructor::IntraLuma16x16() {
     const auto mode = static_cast<Intra16x16PredMode>(DecodeIntra16x16Type(syntax.mbType).predMode);
     SpreadLumaDc(syntax, slice.qpY);
@@ -225,6 +227,7 @@ bool Reconstructor::IntraLuma16x16() {
            LumaResidual();
 }
 
+// 8.3.4
 bool Reconstructor::IntraChroma() {
     const auto mode = static_cast<IntraChromaPredMode>(syntax.intra_chroma_pred_mode);
     const IntraNeighbours neighbours = MacroblockNeighbours();

@@ -168,7 +168,7 @@ bool AddDcResidual(u8* dst, ptrdiff_t stride, i32* coefficients) {
 // ---- 8.7.2 Deblocking
 // ------------------------------------------------------------------------------------------
 
-// filterSamplesFlag without the bS: is this step small enough to be an artefact? `s` is the step across the
+// 8.7.2.2, filterSamplesFlag without the bS: is this step small enough to be an artefact? `s` is the step across the
 // edge.
 bool FilterSamples(const u8* q, ptrdiff_t s, i32 alpha, i32 beta) {
     return std::abs(q[-s] - q[0]) < alpha && std::abs(q[-2 * s] - q[-s]) < beta &&
