@@ -3,31 +3,20 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
 #include <string>
-#include <vector>
 
 #include "app/gui_app.h"
 #include "controls/light.h"
 #include "shell/actionbar.h"
 #include "shell/popup_frame.h"
 #include "shell/popup_slider.h"
+#include "support/measure.h"
 
 namespace {
 
 constexpr int kRuns = 300;
 
-using Clock = std::chrono::steady_clock;
-
-double Microseconds(Clock::time_point since) {
-    return std::chrono::duration<double, std::micro>(Clock::now() - since).count();
-}
-
-double Median(std::vector<double>& values) {
-    std::nth_element(values.begin(), values.begin() + values.size() / 2, values.end());
-    return values[values.size() / 2];
-}
+bench::Report s_report(kRuns);
 
 // A house whose first entries are given, with switches behind them, so that the menu row scrolls.
 void Load(CVrGuiApp& app, std::string entries, uint32_t switches) {
@@ -44,20 +33,15 @@ void Load(CVrGuiApp& app, std::string entries, uint32_t switches) {
 
 // Each pass is the first one after `change`, whose own time counts too.
 template <typename Change>
-void Measure(const char* name, CVrGuiApp& app, double goal, Change change) {
-    std::vector<uint8_t> from(kScreenBytes, 1), to(kScreenBytes);
-    std::vector<double> passes, copies;
-    for (int run = 0; run < kRuns; run++) {
-        auto begin = Clock::now();
-        memcpy(to.data(), from.data(), kScreenBytes);
-        copies.push_back(Microseconds(begin));
-        begin = Clock::now();
-        change(run);
-        app.DrawAndUpdate();
-        passes.push_back(Microseconds(begin));
-    }
-    const double pass = Median(passes), copy = Median(copies);
-    printf("%-44s %8.1f us   %5.2f M   (goal <= %.0f)\n", name, pass, pass / copy, goal);
+void Measure(const std::string& name, CVrGuiApp& app, double goal, Change change) {
+    int run = 0;
+    s_report.CompareWithCopy(
+        name,
+        [&] {
+            change(run++);
+            app.DrawAndUpdate();
+        },
+        goal);
 }
 
 // Six pages; the first one serves so many switches.
@@ -69,7 +53,7 @@ void MeasureSwitches(uint32_t buttons, double goal) {
     for (uint32_t i = 0; i < buttons; i++)
         frame->items.Add(app.structure.root.children[i]);
     app.BeginLoop();
-    Measure(("whole pass, page of " + std::to_string(buttons) + " buttons").c_str(), app, goal,
+    Measure("whole pass, page of " + std::to_string(buttons) + " buttons", app, goal,
             [&app](int) { app.mainWin.RepaintAll(); });
 }
 
@@ -85,6 +69,7 @@ void MeasureLight() {
     auto& page = *static_cast<CVrGuiLightController2*>(app.structure.root.children[0]->element);
     page.OnChildEvent(app.mainWin.actionbar->Button(2), 2, 0);
     page.OnChildEvent(app.mainWin.actionbar->Button(2), 2, 1);
+    using Clock = std::chrono::steady_clock;
     for (const auto until = Clock::now() + std::chrono::milliseconds(500); Clock::now() < until;)
         app.RunPass(1); // the strip has grown
     Measure("light with slider, whole pass", app, 16, [&app](int) { app.mainWin.RepaintAll(); });
@@ -101,5 +86,5 @@ int main() {
     MeasureSwitches(9, 14);
     MeasureSwitches(14, 14);
     MeasureLight();
-    return 0;
+    return s_report.ExitCode();
 }

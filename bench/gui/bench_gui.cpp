@@ -7,15 +7,12 @@
 #include "gui/nanosvg_import.h"
 #include "gui/pixel_ops.h"
 #include "gui/svg_image.h"
+#include "support/measure.h"
 #include "support/plain_pixels.h"
 
-#include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <random>
-#include <sched.h>
 #include <string>
 #include <vector>
 
@@ -25,55 +22,18 @@ constexpr int kRounds = 200;
 constexpr size_t kRow = 720;
 constexpr size_t kScreen = kRow * 720;
 
-using Work = std::function<void()>;
+using bench::CopyScreen;
+using bench::Goal;
 
-double SecondsOf(const Work& work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
+bench::Report s_report(kRounds);
 
-double Median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<long>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-enum class Goal { AtMost, AtLeast };
-
-bool s_allReached = true;
-
-// Prints how many times the reference's time the work takes (AtMost), or how many times as fast it is
-// (AtLeast).
-void Compare(const std::string& name, const Work& work, const Work& reference, Goal goal, double limit,
-             const char* unit) {
-    std::vector<double> times;
-    std::vector<double> references;
-    for (int i = 0; i < kRounds; i++) {
-        references.push_back(SecondsOf(reference));
-        times.push_back(SecondsOf(work));
-    }
-    const double time = Median(times);
-    const double ratio = goal == Goal::AtMost ? time / Median(references) : Median(references) / time;
-    const bool isReached = goal == Goal::AtMost ? ratio <= limit : ratio >= limit;
-    s_allReached = s_allReached && isReached;
-    std::printf("%-46s %9.2f us %8.3f %-9s (goal %s %.1f)%s\n", name.c_str(), time * 1e6, ratio, unit,
-                goal == Goal::AtMost ? "<=" : ">=", limit, isReached ? "" : "  MISSED");
+void Compare(const std::string& name, const bench::Work& work, const bench::Work& reference, Goal goal,
+             double limit, const char* unit) {
+    s_report.Compare(name, work, reference, goal, limit, unit);
 }
 
 std::vector<uint32_t> s_a(kScreen, 0xFF336699);
 std::vector<uint32_t> s_b(kScreen, 0xFF112233);
-
-void CopyScreen() {
-    std::memcpy(s_b.data(), s_a.data(), kScreen * 4);
-}
-
-void PinToOneCore() {
-    cpu_set_t set;
-    CPU_ZERO(&set);
-    CPU_SET(static_cast<size_t>(sched_getcpu()), &set);
-    sched_setaffinity(0, sizeof set, &set);
-}
 
 // A store's pixels are drawn row by row; so are the plain loops.
 void ForRows(const std::function<void(size_t offset)>& work) {
@@ -212,7 +172,7 @@ void CompareShapes() {
 } // namespace
 
 int main() {
-    PinToOneCore();
+    bench::PinToOneCore();
     Compare("M: memcpy of a screen", CopyScreen, CopyScreen, Goal::AtMost, 1.5, "M");
     CompareFrame();
     for (pixelops::Level level : {pixelops::Level::Sse2, pixelops::Level::Avx2}) {
@@ -222,5 +182,5 @@ int main() {
     CompareShapes();
     CompareText();
     CompareSymbol();
-    return s_allReached ? 0 : 1;
+    return s_report.ExitCode();
 }

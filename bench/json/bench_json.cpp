@@ -4,13 +4,12 @@
 //
 // Both build everything and destroy it again; the time of the destruction is counted.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <string>
-#include <vector>
 
 #include "foundation/json.h"
+#include "support/measure.h"
 
 namespace {
 
@@ -40,18 +39,6 @@ double MegabytesPerSecond(const std::string& text, double seconds) {
     return static_cast<double>(text.size()) / 1e6 / seconds;
 }
 
-template <typename Work>
-double SecondsOf(Work work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-double Median(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + static_cast<long>(values.size() / 2), values.end());
-    return values[values.size() / 2];
-}
-
 struct Speeds {
     double ours; // MB/s
     double nlohmann;
@@ -61,20 +48,19 @@ Speeds Measure(size_t bytes, int rounds) {
     const std::string house = MakeHouse(bytes);
     CVrxStringU text;
     text.AssignBytes(house.data(), static_cast<uint32_t>(house.size()));
-    std::vector<double> ours, theirs;
-    for (int i = 0; i < rounds; i++) {
-        ours.push_back(SecondsOf([&] {
+    const bench::Medians medians = bench::InTurns(
+        rounds,
+        [&] {
             CVrJsonParser parser;
             if (parser.Parse(text) < 0)
                 abort();
-        }));
-        theirs.push_back(SecondsOf([&] {
+        },
+        [&] {
             const auto document = nlohmann::json::parse(house);
             if (document.size() == 0)
                 abort();
-        }));
-    }
-    return {MegabytesPerSecond(house, Median(ours)), MegabytesPerSecond(house, Median(theirs))};
+        });
+    return {MegabytesPerSecond(house, medians.work), MegabytesPerSecond(house, medians.floor)};
 }
 
 } // namespace

@@ -2,15 +2,14 @@
 // composed anew. Each line is measured turn by turn with its reference in one run, and medians are compared.
 // The unit M is a memcpy of one screen, 2,073,600 bytes. Exit code 1 when a goal is missed.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 #include "gui/button.h"
 #include "gui/test_tree.h"
 #include "shell/scroll_area.h"
+#include "support/measure.h"
 
 using namespace test_tree;
 
@@ -18,35 +17,6 @@ namespace {
 
 constexpr int kRounds = 300;
 constexpr size_t kScreenBytes = 720 * 720 * 4;
-
-using Work = std::function<void()>;
-
-double SecondsOf(const Work& work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-double Median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<long>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-bool s_allReached = true;
-
-void Compare(const char* name, const Work& work, const Work& reference, double limit, const char* unit) {
-    std::vector<double> times, references;
-    for (int i = 0; i < kRounds; i++) {
-        references.push_back(SecondsOf(reference));
-        times.push_back(SecondsOf(work));
-    }
-    const double time = Median(times);
-    const double ratio = time / Median(references);
-    s_allReached = s_allReached && ratio <= limit;
-    std::printf("%-46s %9.2f us %8.3f %-14s (goal <= %.1f)%s\n", name, time * 1e6, ratio, unit, limit,
-                ratio <= limit ? "" : "  MISSED");
-}
 
 // A page as the shell builds it: rounded frame, area in it, a grid of buttons with name and symbol.
 struct Page {
@@ -99,13 +69,14 @@ struct Page {
 
 int main() {
     CVrTestClock clock;
-    std::vector<uint8_t> screen(kScreenBytes), other(kScreenBytes, 1);
+    std::vector<uint8_t> screen(kScreenBytes);
+    bench::Report report(kRounds);
     {
         Page page(40, true);
         CVrGuiElement& root = *page.app.root;
         int step = 0;
         const auto scroll = [&] { page.area.SetScrollOffset(CVrPoint(0, -(step++ * 7 % 1500))); };
-        Compare(
+        report.Compare(
             "drag in a page of 40 buttons",
             [&] {
                 scroll();
@@ -119,26 +90,26 @@ int main() {
                                 16);
                 memcpy(screen.data(), root.pixels, kScreenBytes);
             },
-            2.0, "x copy+compose");
+            bench::Goal::AtMost, 2.0, "x copy+compose");
     }
     {
         Page page(9, false);
         CVrGuiElement& root = *page.app.root;
-        Compare(
+        report.CompareWithCopy(
             "one button changed on a page of nine",
             [&] {
                 page.area.Child(4)->Invalidate();
                 root.Draw(false, true);
             },
-            [&] { memcpy(screen.data(), other.data(), kScreenBytes); }, 4.0, "M");
-        Compare(
+            4.0);
+        report.CompareWithCopy(
             "redraw flags and timers of that page",
             [&] {
                 root.UpdateTimers(clock.Now());
                 if (root.NeedsUpdateTree())
                     std::printf("unexpected\n");
             },
-            [&] { memcpy(screen.data(), other.data(), kScreenBytes); }, 0.1, "M");
+            0.1);
     }
-    return s_allReached ? 0 : 1;
+    return report.ExitCode();
 }

@@ -1,13 +1,11 @@
 // Loads houses of 12 groups and sets the time beside that of the JSON parser alone on the same text: building
 // the tree of items should cost no more than reading its text, and grow in step with it.
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <string>
-#include <vector>
 
 #include "foundation/json.h"
 #include "structure/structure.h"
+#include "support/measure.h"
 
 namespace {
 
@@ -34,19 +32,6 @@ std::string MakeHouse(int items) {
     return text;
 }
 
-template <typename Work>
-double MedianMs(Work work) {
-    std::vector<double> times;
-    for (int i = 0; i < kRounds; i++) {
-        const auto begin = std::chrono::steady_clock::now();
-        work();
-        times.push_back(
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
-    }
-    std::nth_element(times.begin(), times.begin() + kRounds / 2, times.end());
-    return times[kRounds / 2];
-}
-
 } // namespace
 
 int main() {
@@ -54,15 +39,17 @@ int main() {
     for (const int items : {500, 5000, 50000}) {
         const std::string house = MakeHouse(items);
         const CVrxStringU text(house.c_str());
-        const double parse = MedianMs([&] {
-            CVrJsonParser parser;
-            parser.Parse(text);
-        });
-        const double load = MedianMs([&] {
-            CVrStructure structure;
-            structure.LoadJsonConfig(text, "[]", "[]", "[]");
-        });
-        printf("%8d %10.2f %10.2f %8.2f\n", items, parse, load, load / parse);
+        const bench::Medians medians = bench::InTurns(
+            kRounds,
+            [&] {
+                CVrStructure structure;
+                structure.LoadJsonConfig(text, "[]", "[]", "[]");
+            },
+            [&] {
+                CVrJsonParser parser;
+                parser.Parse(text);
+            });
+        printf("%8d %10.2f %10.2f %8.2f\n", items, medians.floor * 1e3, medians.work * 1e3, medians.Ratio());
     }
     return 0;
 }
