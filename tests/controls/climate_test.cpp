@@ -15,7 +15,6 @@
 #include "shell/popup_menu.h"
 #include "shell/tree_list_button.h"
 #include "support/golden.h"
-#include "support/night.h"
 #include "support/test_display.h"
 
 namespace {
@@ -314,7 +313,7 @@ TEST(GoldenClimate, EachModeByDayAndByNight) {
     for (bool night : {false, true}) {
         ClimateOnDisplay on;
         if (night)
-            ShowNight(on.display);
+            on.display.ShowNight(true);
         for (const auto& [name, state] : pictures) {
             on.Show(state);
             EXPECT_TRUE(on.Matches(std::string(name) + (night ? "-night" : "")));
@@ -355,7 +354,7 @@ TEST(GoldenClimate, TheLargeNumberInItsVariants) {
     for (bool night : {false, true}) {
         ClimateOnDisplay on;
         if (night)
-            ShowNight(on.display);
+            on.display.ShowNight(true);
         CVrGuiFrameArea& area = *on.page->frameArea;
         const Variant(&rows)[kRows] = pictures[night];
         area.ForEachChild([](CVrGuiElement& child) { child.SetHidden(true); });

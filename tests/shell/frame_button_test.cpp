@@ -13,7 +13,6 @@
 #include "shell/test_page.h"
 #include "shell/tree_list_button.h"
 #include "support/golden.h"
-#include "support/night.h"
 
 // A page that wants a code: it makes the keypad, takes all touches of its area and hands them on.
 class CVrGuiCodePage : public CVrGuiFrame {
@@ -106,7 +105,7 @@ TEST(Cover, LooksByDayAndByNight) {
     on.Repaint();
     EXPECT_TRUE(golden::Matches("cover-plain", on.display.Screen(), 720, 720));
     on.cover->ShowArrows(true);
-    on.Root().night = true;
+    on.display.ShowNight(true);
     on.Root().RepaintAll();
     on.Repaint();
     EXPECT_TRUE(golden::Matches("cover-night", on.display.Screen(), 720, 720));
@@ -324,6 +323,6 @@ TEST(Keypad, ACodeIsEnteredAndTheDotsCountDown) {
     press(4);
     release();
     display.Advance(1100);
-    ShowNight(display);
+    display.ShowNight(true);
     EXPECT_TRUE(matches("keypad-counting-night"));
 }

@@ -177,12 +177,8 @@ TEST(PopupMenu, TheSameVolumeRowsAreKeptAndOthersReplaced) {
 TEST(PopupSlider, ShowsItsValueByDayAndByNight) {
     for (bool night : {false, true}) {
         PageOnDisplay on;
-        on.Root().night = night;
-        if (night) { // colours as a night scheme has them
-            on.Slider().colors[CVrGuiElement::ColorBackground] = 0xFF3A3A3A;
-            on.Slider().colors[CVrGuiElement::ColorText] = 0xFFC8C4BE;
-            on.Slider().colors[CVrGuiElement::ColorSymbol] = 0xFFC8C4BE;
-        }
+        if (night)
+            on.display.ShowNight(true);
         for (int32_t value : {0, 1, 50, 100}) {
             on.ShowSlider(value);
             EXPECT_TRUE(ScreenMatches(on, (night ? "slider-night-" : "slider-") + std::to_string(value)));
