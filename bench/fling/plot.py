@@ -65,7 +65,7 @@ def legend(entries, y):
     out, x = [], WIDTH - RIGHT
     for words, color in reversed(entries):
         out.append(text(x, y, words, "end"))
-        x -= 6.9 * len(words) + 12
+        x -= 7.8 * len(words) + 12
         out.append(f'<circle cx="{x:.1f}" cy="{y - 4}" r="4" fill="{color}"/>')
         x -= 20
     return out
