@@ -23,23 +23,13 @@
 
 namespace {
 
-struct Avx2 {
+struct Avx2 : CoverageBytes<uint64_t> {
     using Reg = __m256i;
     using Narrower = Sse2; // what takes over for rows that are too short
-    static constexpr size_t kPixels = 8;
 
     static Reg Load(const uint32_t* p) { return _mm256_loadu_si256(reinterpret_cast<const Reg*>(p)); }
     static void Store(uint32_t* p, Reg r) { _mm256_storeu_si256(reinterpret_cast<Reg*>(p), r); }
 
-    // Coverage of kPixels pixels, the first in the lowest byte.
-    using Bytes = uint64_t;
-    static Bytes LoadBytes(const uint8_t* p) {
-        Bytes bytes = 0;
-        memcpy(&bytes, p, sizeof bytes);
-        return bytes;
-    }
-    static bool AreZero(Bytes bytes) { return bytes == 0; }
-    static Bytes WithoutFirst(Bytes bytes, size_t count) { return bytes & ~Bytes{0} << (8 * count); }
     static Reg Widen(Bytes bytes) {
         return _mm256_cvtepu8_epi32(_mm_cvtsi64_si128(static_cast<long long>(bytes)));
     }

@@ -8,16 +8,12 @@
 
 namespace {
 
-struct Sse2 {
-    using Reg = __m128i;
-    using Narrower = Sse2; // what takes over for rows that are too short
-    static constexpr size_t kPixels = 4;
+// Coverage of as many pixels as a register holds, the first in the lowest byte.
+template <class Word>
+struct CoverageBytes {
+    using Bytes = Word;
+    static constexpr size_t kPixels = sizeof(Word);
 
-    static Reg Load(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(p)); }
-    static void Store(uint32_t* p, Reg r) { _mm_storeu_si128(reinterpret_cast<Reg*>(p), r); }
-
-    // Coverage of kPixels pixels, the first in the lowest byte.
-    using Bytes = uint32_t;
     static Bytes LoadBytes(const uint8_t* p) {
         Bytes bytes = 0;
         memcpy(&bytes, p, sizeof bytes);
@@ -25,6 +21,15 @@ struct Sse2 {
     }
     static bool AreZero(Bytes bytes) { return bytes == 0; }
     static Bytes WithoutFirst(Bytes bytes, size_t count) { return bytes & ~Bytes{0} << (8 * count); }
+};
+
+struct Sse2 : CoverageBytes<uint32_t> {
+    using Reg = __m128i;
+    using Narrower = Sse2; // what takes over for rows that are too short
+
+    static Reg Load(const uint32_t* p) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(p)); }
+    static void Store(uint32_t* p, Reg r) { _mm_storeu_si128(reinterpret_cast<Reg*>(p), r); }
+
     static Reg Widen(Bytes bytes) {
         const Reg packed = _mm_cvtsi32_si128(static_cast<int>(bytes));
         return _mm_unpacklo_epi16(_mm_unpacklo_epi8(packed, Zero()), Zero());
