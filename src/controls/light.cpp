@@ -541,19 +541,12 @@ void CVrGuiLightController2::ShowCustom(bool show, bool animate) {
     Invalidate();
 }
 
-// The grid glides under the strip, or back. What the layout of the area moves besides is put back.
+// The grid glides under the strip, or back. Action bar and slider stay where they are.
 void CVrGuiLightController2::GlideArea(int32_t inset) {
-    CVrGuiMainWin* root = MainWindow();
-    CVrGuiElement* panel = root ? root->popupSliderFrame : nullptr;
-    const int32_t panelY = panel ? panel->rect.y : 0;
     frameArea->topInset = inset;
     frameArea->animateLayout = true;
     frameArea->ApplyLayout();
     frameArea->animateLayout = false;
-    if (CVrGuiElement* bar = OwnActionbar(); bar && bar->parent)
-        bar->SetY(bar->parent->rect.height - bar->rect.height);
-    if (panel && !panel->IsHidden())
-        panel->SetY(panelY);
 }
 
 void CVrGuiLightController2::FinishTween() {

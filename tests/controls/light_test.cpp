@@ -74,7 +74,7 @@ struct LightOnDisplay {
     void TapCorner(uint32_t mood) {
         const CVrGuiFrameBtn& button = Mood(mood);
         const CVrPoint at =
-            button.ToRoot(CVrPoint(button.rect.Right() - 20, button.rect.y + 20 + page->frameArea->offsetY));
+            button.ToRoot(CVrPoint(button.rect.Right() - 10, button.rect.y + 10 + page->frameArea->offsetY));
         display.Tap(at.x, at.y);
         display.Settle();
     }
@@ -174,6 +174,7 @@ TEST(Light, EveryTouchLeadsFromStateToState) {
     };
     const Row rows[] = {
         {"off, a mood", -1, {}, Mood0, "on 0 -1", 1, 11},
+        {"off, a mood at its very corner", -1, {}, Corner1, "on 1 -1", 2, 12},
         {"one, itself", 30, {0}, Mood0, "off - 0", 0, 11},
         {"one, another", 30, {0}, Mood1, "on 1 30", 1, 12},
         {"one, the corner of another", 30, {0}, Corner1, "on 0,1 30", 2, 12},
@@ -329,7 +330,7 @@ TEST(Light, ListsOfEveryKindMakeAPage) {
 
 TEST(Light, TheGridGlidesUnderTheGrowingStrip) {
     LightOnDisplay on(4);
-    const CVrRect wide = on.Mood(3).rect;
+    const CVrRect wide = on.Mood(3).rect, bar = on.display.Root().actionbar->rect;
     on.display.TakeLog();
     on.Press(Brighter);
     on.display.Advance(90);
@@ -343,6 +344,8 @@ TEST(Light, TheGridGlidesUnderTheGrowingStrip) {
     EXPECT_EQ(on.page->customButton->rect, CVrRect(10, 10, on.page->frameArea->rect.width, 66));
     EXPECT_EQ(on.Mood(0).rect.y, 66 + 10);
     EXPECT_EQ(on.Mood(3).rect.Bottom(), wide.Bottom());
+    EXPECT_EQ(on.display.Root().actionbar->rect, bar);
+    EXPECT_EQ(on.display.Root().popupSliderFrame->rect.Bottom(), bar.y - 10);
     on.Release(Brighter);
     on.Tap(on.Bar(Power));
     EXPECT_EQ(on.Mood(3).rect, wide);
@@ -390,9 +393,19 @@ TEST(Light, ThePageMayGoWhileAnythingRuns) {
     }
 }
 
-TEST(Light, AHeldButtonStopsWhenItsPageLeavesTheScreen) {
+TEST(Light, AHeldButtonStopsWhenItsPageTurnsToAnotherLightOrLeaves) {
     LightOnDisplay on(4);
     on.Set(50);
+    on.Press(Brighter);
+    on.display.Advance(750);
+    CVrStructureItemLightController2 other;
+    other.type = on.item->type;
+    on.page->FillArea(&other);
+    on.display.TakeCommands();
+    on.display.Advance(500);
+    on.Release(Brighter);
+    EXPECT_TRUE(on.display.TakeCommands().empty());
+    on.page->FillArea(on.item);
     on.Press(Brighter);
     on.display.Advance(750);
     on.display.Root().ShowPage(on.display.App().structure.root.children[1]->element);
