@@ -56,8 +56,7 @@ void CVrGuiVideo::PrepareStore() {
     m_isFresh = false;
 }
 
-// ---- Decoder thread
-// ----------------------------------------------------------------------------------------------
+// ---- Decoder thread ----
 
 bool CVrGuiVideo::ShowFrame(const h264::DecodedPicture& picture) {
     if (!Convert(picture))
@@ -85,8 +84,7 @@ bool CVrGuiVideo::Convert(const h264::DecodedPicture& picture) {
     return true;
 }
 
-// ---- GUI thread
-// --------------------------------------------------------------------------------------------------
+// ---- GUI thread ----
 
 // True: there was a new picture, and the store holds it now.
 bool CVrGuiVideo::TakePicture() {

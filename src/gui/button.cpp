@@ -266,7 +266,7 @@ void CVrGuiButton::DrawContent() {
     PlaceTextX(place, lines, origin);
     PlaceTextY(place, lines, origin);
     DrawUnderlay(*target, place, origin);
-    DrawTextLines(*target, place, lines);
+    DrawTextLines(*target, place, lines, foundation::SaturatedAdd(origin.y, rect.height));
     DrawSymbol(*target, place);
     DrawAddIcon(*target, origin);
     ApplyAlphaRamp();
@@ -296,11 +296,12 @@ void CVrGuiButton::DrawUnderlay(CVrGuiElement& target, Placement& place, const C
                     radius);
 }
 
-void CVrGuiButton::DrawTextLines(CVrGuiElement& target, const Placement& place, const Lines& lines) {
+void CVrGuiButton::DrawTextLines(CVrGuiElement& target, const Placement& place, const Lines& lines,
+                                 int32_t bottom) {
     if (!Has(LayoutAnyText) || !lines.firstFont)
         return;
     if (Has(LayoutWrap)) {
-        DrawWrapped(target, place, lines);
+        DrawWrapped(target, place, lines, bottom);
         return;
     }
     target.DrawText(place.first.Moved(textOffsetX, 0), *lines.firstFont, lines.first.CStr(), TextColor(),
@@ -310,13 +311,15 @@ void CVrGuiButton::DrawTextLines(CVrGuiElement& target, const Placement& place, 
                         SecondLineColor(), BackgroundColor(), rect.width);
 }
 
-void CVrGuiButton::DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines) {
+void CVrGuiButton::DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines,
+                               int32_t bottom) {
     const int32_t lineHeight = std::max(Measured(lines.firstFont, "Ay").height, 1);
     const bool isCentered = !Has(LayoutTextLeft | LayoutTextRight);
-    const int32_t end = foundation::SaturatedAdd(place.first.y, rect.height);
+    // The last line that shows is the last one with room; the first always shows.
+    const int32_t last = std::max(bottom - lineHeight, place.first.y);
     CVrPoint position = place.first.Moved(textOffsetX, 0);
     int32_t begin = 0;
-    for (int32_t lineFeed = 0; lineFeed >= 0 && position.y <= end; begin = lineFeed + 1) {
+    for (int32_t lineFeed = 0; lineFeed >= 0 && position.y <= last; begin = lineFeed + 1) {
         lineFeed = lines.first.Find('\n', static_cast<uint32_t>(begin));
         const CVrxStringU line = lines.first.Mid(begin, lineFeed < 0 ? INT32_MAX : lineFeed - begin);
         CVrPoint at = position;

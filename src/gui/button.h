@@ -113,8 +113,9 @@ private:
     void PlaceSymbol(Placement& place, const CVrPoint& origin) const;
     void PlaceTextX(Placement& place, Lines& lines, const CVrPoint& origin) const;
     void PlaceTextY(Placement& place, const Lines& lines, const CVrPoint& origin) const;
-    void DrawTextLines(CVrGuiElement& target, const Placement& place, const Lines& lines);
-    void DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines);
+    // `bottom`: the button's lower edge in the target.
+    void DrawTextLines(CVrGuiElement& target, const Placement& place, const Lines& lines, int32_t bottom);
+    void DrawWrapped(CVrGuiElement& target, const Placement& place, const Lines& lines, int32_t bottom);
     void DrawSymbol(CVrGuiElement& target, const Placement& place);
     void ApplyAlphaRamp();
     int32_t GapOfText() const;

@@ -26,8 +26,7 @@ using pixelops::kSolidCoverage;
 constexpr uint32_t kRgbMask = 0x00FFFFFFU;
 constexpr uint32_t kAlphaMask = 0xFF000000U;
 
-// --- One pixel: the ends of rows, and whole rows where there are no vectors
-// -----------------------------------------
+// --- One pixel: the ends of rows, and whole rows where there are no vectors ----
 
 struct MonoInk {
     uint32_t color;
@@ -70,8 +69,7 @@ inline void TintPixel(uint32_t& dst, uint32_t src, uint32_t color, uint32_t a) {
         dst = BlendPixel(dst, color, a * s / 255);
 }
 
-// --- Whole registers
-// --------------------------------------------------------------------------------------------------
+// --- Whole registers ----
 
 // V is a vector type with the operations used below on V::kPixels pixels. "16" and "32" name the lane width.
 template <class V>

@@ -86,8 +86,7 @@ void CCamClient::Wakeup() {
     net.Interrupt();
 }
 
-// ---- The thread
-// --------------------------------------------------------------------------------------------------
+// ---- The thread ----
 
 void CCamClient::MainLoop() {
     net.timeoutMs = CVrSocket::kTimeoutMs;
@@ -121,8 +120,7 @@ bool CCamClient::ReceivePass() {
     return Type() == kTypeAudio ? ReceiveAudio() : ReceiveVideo();
 }
 
-// ---- Headers
-// -----------------------------------------------------------------------------------------------------
+// ---- Headers ----
 
 // A header that comes in pieces is put together: TCP knows no messages.
 bool CCamClient::ReceiveHeader() {
@@ -176,8 +174,7 @@ bool CCamClient::LoseStep() {
     return std::exchange(isInStep, false);
 }
 
-// ---- Payloads
-// ----------------------------------------------------------------------------------------------------
+// ---- Payloads ----
 
 bool CCamClient::ReceiveAudio() {
     const int32_t got = ReceiveBytes(scratch.GetData(), std::min(payloadLeft, scratch.GetSize()));
@@ -210,8 +207,7 @@ void CCamClient::PauseAfterUnit() {
     SleepMs(kPauseMs);
 }
 
-// ---- The ring
-// ----------------------------------------------------------------------------------------------------
+// ---- The ring ----
 
 void CCamClient::PublishUnit() {
     const uint32_t slot = writeIndex.load(std::memory_order_relaxed);

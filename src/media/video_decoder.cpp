@@ -59,8 +59,7 @@ void Ch264VideoDecoder::StopShowing(const IVrVideoOutput* output) {
     videoElement = nullptr;
 }
 
-// ---- The thread
-// --------------------------------------------------------------------------------------------------
+// ---- The thread ----
 
 void Ch264VideoDecoder::MainLoop() {
     if (!videoElement)

@@ -159,6 +159,11 @@ TEST_F(ButtonTest, WrappedLinesStandFivePixelsCloser) {
     Paint();
     const CVrRect centered = TextBox();
     EXPECT_NEAR(centered.width, TextWidth(FontIndex::NormalBold, "HHH"), 8);
+    button.text = "H H H H H H H H H H H H"; // what has no room stays away
+    button.SetHeight(100);
+    button.SetWidth(60);
+    Paint();
+    EXPECT_LE(TextBox().Bottom(), button.rect.Bottom());
 }
 
 TEST_F(ButtonTest, ShortenedLineKeepsThirtyPixelsFree) {

@@ -63,8 +63,7 @@ Bytes TakeAudio(CCamClient& client) {
 
 } // namespace
 
-// ---- Framing
-// -----------------------------------------------------------------------------------------------------
+// ---- Framing ----
 
 // However TCP cuts the stream, and whatever lies between the units: they arrive whole and in order.
 TEST(CamClient, UnitsArriveWholeThroughAllFaultsAndHoweverTheyAreCut) {
@@ -134,8 +133,7 @@ TEST(CamClient, RefusedConnectionEndsTheThreadAndTheNextStartTriesAgain) {
     EXPECT_EQ(TakeUnits(client, 1), std::vector<Bytes>{Pattern(9, 9)});
 }
 
-// ---- The ring
-// ----------------------------------------------------------------------------------------------------
+// ---- The ring ----
 
 TEST(CamClient, FullRingDropsWholeUnitsAndLeavesTheReadersSlotAlone) {
     Script script;
@@ -213,8 +211,7 @@ TEST(CamClient, AudioThatDoesNotFitIsDroppedAndTheRingWraps) {
     EXPECT_FALSE(ring.Write(buffer.data(), 1));
 }
 
-// ---- Stopping
-// ----------------------------------------------------------------------------------------------------
+// ---- Stopping ----
 
 // A silent camera, one that does not answer, one that sends without end, none at all.
 TEST(CamClient, StopsAndDestructionsEndAtOnceInEverySituation) {

@@ -13,8 +13,7 @@ class H264Memory : public WrittenStreams {};
 // A unit that closes the open picture.
 const std::string Close = "nal 0 9 f0\n";
 
-// ---- Whole pictures
-// --------------------------------------------------------------------------------------------
+// ---- Whole pictures ----
 
 TEST_F(H264Concealment, AnIntraPictureWithoutAGoodSliceIsGreyInAllPlanes) {
     const auto frames = Decode("sps width=2 height=2\npps\nslice idr\n ue 26\n" + Close);
@@ -41,8 +40,7 @@ TEST_F(H264Concealment, APredictedPictureWithoutAGoodSliceRepeatsTheReference) {
     EXPECT_EQ(frames[1].numErrMbs, 2u);
 }
 
-// ---- Lost slices
-// -----------------------------------------------------------------------------------------------
+// ---- Lost slices ----
 
 TEST_F(H264Concealment, ALostSliceOfAPredictedPictureShowsTheReferenceAtItsPlace) {
     // 130 and 250 differ too much for the filter, which runs over concealed macroblocks with QP 40.
@@ -138,8 +136,7 @@ TEST_F(H264Concealment, TwoThreeAndFourSidesGiveTheirMean) {
     EXPECT_EQ(LumaMap(four[0]), "0 100 0/120 140 140/0 200 0"); // 560 / 4
 }
 
-// ---- Failed slices
-// ---------------------------------------------------------------------------------------------
+// ---- Failed slices ----
 
 TEST_F(H264Concealment, AFailedIntraSliceLosesItsLastMacroblocks) {
     // 4 x 6 macroblocks; number 20 is broken. Doubt begins 10 before the last one that was reached, 19: at 9.
@@ -167,8 +164,7 @@ TEST_F(H264Concealment, ASliceThatComesAgainFillsWhatAFailedOneLeft) {
     EXPECT_EQ(frames.at(1).numErrMbs, 0u);
 }
 
-// ---- Memory
-// ----------------------------------------------------------------------------------------------------
+// ---- Memory ----
 
 TEST_F(H264Memory, ParameterSetsThatRepeatForEverCostTheirMemoryOnce) {
     const std::string sets = "sps poc=1 cycle=1,2,3\nsps id=3 poc=1 cycle=5,6,7\npps groups=2 map=6 ids=0\n"

@@ -54,8 +54,7 @@ protected:
     fs::path folder;
 };
 
-// ---- An encoder on the spot
-// ------------------------------------------------------------------------------------
+// ---- An encoder on the spot ----
 
 // The encoder's black box gets pictures of all kinds: still and fast, flat and noisy, fading, panning beyond the border.
 struct Setting {
@@ -161,8 +160,7 @@ TEST_F(Encoded, PicturesEqualThoseOfAnIndependentDecoderInWhateverOrderTheSlices
     }
 }
 
-// ---- h264dump
-// --------------------------------------------------------------------------------------------------
+// ---- h264dump ----
 
 class H264Dump : public MadeStreams {
 protected:

@@ -9,8 +9,7 @@ using Texts = std::vector<std::string>;
 
 class H264Pictures : public WrittenStreams {};
 
-// ---- Slice groups
-// ----------------------------------------------------------------------------------------------
+// ---- Slice groups ----
 
 struct GroupCase {
     std::string pps;
@@ -97,8 +96,7 @@ TEST_F(H264Pictures, AnEvolvingMapFollowsTheCycleOfEachPicture) {
     EXPECT_EQ(LumaMaps(frames), (Texts{"1 2 2 2", "3 3 3 4"}));
 }
 
-// ---- Redundant slices
-// ------------------------------------------------------------------------------------------
+// ---- Redundant slices ----
 
 const std::string RedundantSets = "sps width=4 refs=1\npps redundant=1\n";
 
@@ -121,8 +119,7 @@ TEST_F(H264Pictures, APrimarySliceOverDecodedMacroblocksIsRefused) {
     EXPECT_EQ(Logged("h264DecodeSliceData: Primary and already decoded"), 1u);
 }
 
-// ---- Motion
-// ----------------------------------------------------------------------------------------------------
+// ---- Motion ----
 
 TEST_F(H264Pictures, VectorsFarOutsideReadTheEdge) {
     const std::string start =
@@ -153,8 +150,7 @@ TEST_F(H264Pictures, AHalfSampleStepOverAnEdgeRingsAsTheSixTapsDo) {
     EXPECT_EQ(frame.Cb(8, 2), 20);
 }
 
-// ---- References
-// ------------------------------------------------------------------------------------------------
+// ---- References ----
 
 // Pictures 0, 1, 2 of one macroblock with samples 10, 20, 30, all references.
 std::string ThreePictures(const std::string& spsOptions) {
@@ -228,8 +224,7 @@ TEST_F(H264Pictures, EveryPictureLeavesAsSoonAsItIsDecoded) {
     EXPECT_EQ(LumaMaps(frames), (Texts{"10", "20", "30", "40"}));
 }
 
-// ---- Marking operations
-// ----------------------------------------------------------------------------------------
+// ---- Marking operations ----
 
 struct MarkingCase {
     const char* name;
@@ -304,8 +299,7 @@ TEST_F(H264Pictures, APictureWithContradictoryMarkingIsLostAndTheRestGoesOn) {
               (Texts{"10", "20", "10"}));
 }
 
-// ---- Gaps in frame_num
-// -----------------------------------------------------------------------------------------
+// ---- Gaps in frame_num ----
 
 TEST_F(H264Pictures, AGapThatIsNotAllowedPassesWithoutTrace) {
     const auto frames = Decode("sps refs=3\npps\nslice idr\n pcm 10\nslice p frame_num=5\n move 0,0\n");

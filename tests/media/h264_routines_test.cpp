@@ -53,8 +53,7 @@ std::vector<const SampleRoutines*> VectorRoutines() {
     return all;
 }
 
-// ---- 8.4.2.2.1, letter by letter
-// -------------------------------------------------------------------------------
+// ---- 8.4.2.2.1, letter by letter ----
 
 struct LumaFormulas {
     Canvas& canvas;
@@ -108,8 +107,7 @@ TEST(H264PlainRoutines, LumaPositionsFollowTheFormulas) {
     }
 }
 
-// ---- 8.5.12.2 as matrices
-// --------------------------------------------------------------------------------------
+// ---- 8.5.12.2 as matrices ----
 
 // In exact halves: row and column transforms with their intermediate truncation.
 std::array<i32, 16> TransformFormula(const std::array<i32, 16>& d) { // d in raster order
@@ -194,8 +192,7 @@ std::vector<const SampleRoutines*> AllRoutines() {
 INSTANTIATE_TEST_SUITE_P(Each, H264Residual, testing::ValuesIn(AllRoutines()),
                          [](const auto& each) { return std::string(each.param->name); });
 
-// ---- Vector routines against the plain ones
-// --------------------------------------------------------------------
+// ---- Vector routines against the plain ones ----
 
 class H264Twins : public testing::TestWithParam<const SampleRoutines*> {};
 

@@ -11,8 +11,7 @@ namespace h264test {
 
 namespace {
 
-// ---- Bits
-// ------------------------------------------------------------------------------------------------------
+// ---- Bits ----
 
 class BitWriter {
 public:
@@ -47,8 +46,7 @@ private:
     unsigned count = 0;
 };
 
-// ---- Words
-// -----------------------------------------------------------------------------------------------------
+// ---- Words ----
 
 std::vector<std::string> Split(const std::string& text, char separator) {
     std::vector<std::string> parts;
@@ -102,8 +100,7 @@ Bytes FromHex(const std::vector<std::string>& words) {
     return bytes;
 }
 
-// ---- Parameter sets
-// --------------------------------------------------------------------------------------------
+// ---- Parameter sets ----
 
 // What slice headers need to know of the sets.
 struct Sps {
@@ -224,8 +221,7 @@ Pps WritePps(BitWriter& out, const Line& line) {
     return pps;
 }
 
-// ---- Slice header
-// ----------------------------------------------------------------------------------------------
+// ---- Slice header ----
 
 // "reorder=-2,+1,L0": abs_diff_pic_num down or up, long_term_pic_num; "none" for a list without commands.
 void WriteReordering(BitWriter& out, const Line& line) {
@@ -322,8 +318,7 @@ void WriteSliceHeader(BitWriter& out, const Line& line, const Sps& sps, const Pp
     }
 }
 
-// ---- Macroblocks
-// -----------------------------------------------------------------------------------------------
+// ---- Macroblocks ----
 
 class SliceWriter {
 public:
@@ -437,8 +432,7 @@ private:
     std::uint64_t skipRun = 0;
 };
 
-// ---- The stream
-// ------------------------------------------------------------------------------------------------
+// ---- The stream ----
 
 class StreamWriter {
 public:

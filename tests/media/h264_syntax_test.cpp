@@ -31,8 +31,7 @@ protected:
 const std::string Sets = "sps width=2 height=2 refs=2\npps\n";
 const std::string Idr = "slice idr\n pcm 10 20 30 40\n";
 
-// ---- Byte stream (Annex B)
-// -------------------------------------------------------------------------------------
+// ---- Byte stream (Annex B) ----
 
 TEST_F(H264Syntax, EmulationPreventionBytesDoNotReachTheSamples) {
     for (const char* value : {"0", "1", "2", "3"}) {
@@ -100,8 +99,7 @@ TEST_F(H264Syntax, UnitsThatCarryNothingForTheDecoderAreSkipped) {
                   Texts{"h264Decode: NOT IMPLEMENTED YET " + std::string(type)});
 }
 
-// ---- Parameter sets
-// --------------------------------------------------------------------------------------------
+// ---- Parameter sets ----
 
 struct Limit {
     std::string text;
@@ -224,8 +222,7 @@ TEST_F(H264Syntax, SliceGroupsThatDoNotFitThePictureFailTheActivation) {
     }
 }
 
-// ---- Slice header
-// ----------------------------------------------------------------------------------------------
+// ---- Slice header ----
 
 TEST_F(H264Syntax, SliceHeadersBeyondTheLimitsAreRefusedByName) {
     const std::string sets = "sps width=2 height=2 refs=2 poc=0\npps l0=2 redundant=1\n";
@@ -286,8 +283,7 @@ TEST_F(H264Syntax, TwoParameterSetsWithinOnePictureAreRefused) {
     EXPECT_EQ(Logged("h264DecodeSliceHeader: pic_parameter_set_id"), 1u);
 }
 
-// ---- Slice data
-// ------------------------------------------------------------------------------------------------
+// ---- Slice data ----
 
 TEST_F(H264Syntax, SliceDataThatGoesWrongSaysWhere) {
     const std::string second = Sets + Idr + "slice p frame_num=1\n";

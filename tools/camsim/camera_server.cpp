@@ -61,8 +61,7 @@ void CameraServer::Report(const std::string& text) const {
         reporter(text);
 }
 
-// ---- The server's thread
-// -----------------------------------------------------------------------------------------
+// ---- The server's thread ----
 
 void CameraServer::Serve() {
     while (WaitFor(listener.Get(), POLLIN, platform::Deadline(platform::kWaitForever))) {

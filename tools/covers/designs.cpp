@@ -22,8 +22,7 @@ constexpr Color kSky = Hex(0x9CCBD3);
 constexpr double kBandTop = 0.84; // the picture ends here
 constexpr double kArt = kBandTop; // its height
 
-// --- The band
-// --------------------------------------------------------------------------------------------------------
+// --- The band ----
 
 // Distance to the strokes of a digit in a box of 0.6 x 1 with the origin at its upper left.
 double ToDigit(int digit, Point p) {
@@ -98,8 +97,7 @@ Color PaintBand(int number, Point p, Color accent) {
     return kPaper;
 }
 
-// --- The pictures
-// ----------------------------------------------------------------------------------------------------
+// --- The pictures ----
 
 // A sun of stripes that widen towards the water, and its reflection.
 Color Sunrise(Point p) {

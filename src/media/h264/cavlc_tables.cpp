@@ -10,8 +10,7 @@ namespace {
 
 constexpr u32 MaxTotalCoeff = 16;
 
-// ---- Table 9-5: coeff_token
-// ------------------------------------------------------------------------------------
+// ---- Table 9-5: coeff_token ----
 
 // [nC class][TrailingOnes][TotalCoeff]; length 0 where the table has no entry.
 constexpr u8 TokenLength[3][4][MaxTotalCoeff + 1] = {
@@ -131,8 +130,7 @@ constexpr CoeffTokenTable UnfoldTokens() {
     return unfolder.table;
 }
 
-// ---- Tables 9-7 to 9-10
-// ----------------------------------------------------------------------------------------
+// ---- Tables 9-7 to 9-10 ----
 
 // A row of codes whose values count up from 0.
 struct Row {

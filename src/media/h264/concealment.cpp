@@ -15,8 +15,7 @@ constexpr u8 Grey = 128;
 constexpr u8 ConcealedQp = 40;
 constexpr u8 FilterOff = 1; // disable_deblocking_filter_idc
 
-// ---- Smooth fill
-// -----------------------------------------------------------------------------------------------
+// ---- Smooth fill ----
 
 enum Side : u32 { Above = 0, Below = 1, Left = 2, Right = 3, Sides = 4 };
 constexpr u32 Groups = 4; // of samples along each side, and cells along each direction
@@ -112,8 +111,7 @@ private:
     const PictureSize size;
 };
 
-// ---- One macroblock
-// --------------------------------------------------------------------------------------------
+// ---- One macroblock ----
 
 bool Concealer::Exists(i32 x, i32 y) const {
     return x >= 0 && y >= 0 && x < static_cast<i32>(size.widthInMbs) &&
@@ -160,8 +158,7 @@ u32 Concealer::ConcealMb(u32 x, u32 y) {
     return 1;
 }
 
-// ---- The picture
-// -----------------------------------------------------------------------------------------------
+// ---- The picture ----
 
 u32 Concealer::ConcealWhole() {
     if (work.reference != nullptr)

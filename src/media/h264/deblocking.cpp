@@ -10,8 +10,7 @@ namespace h264 {
 
 namespace {
 
-// ---- Tables
-// ----------------------------------------------------------------------------------------------------
+// ---- Tables ----
 
 // Table 8-16, [indexA] and [indexB]
 constexpr u8 Alpha[MaxQp + 1] = {0,  0,  0,  0,   0,   0,   0,   0,   0,   0,   0,   0,   0,
@@ -33,8 +32,7 @@ constexpr i8 TC0[MaxQp + 1][4] = {
     {-1, 4, 6, 9},   {-1, 5, 7, 10},   {-1, 6, 8, 11},   {-1, 6, 8, 13},  {-1, 7, 10, 14}, {-1, 8, 11, 16},
     {-1, 9, 12, 18}, {-1, 10, 13, 20}, {-1, 11, 15, 23}, {-1, 13, 17, 25}};
 
-// ---- 8.7.2.1 Boundary strengths
-// --------------------------------------------------------------------------------
+// ---- 8.7.2.1 Boundary strengths ----
 
 constexpr u8 BsIntraMbEdge = 4;
 constexpr u8 BsIntraInside = 3;
@@ -161,8 +159,7 @@ EdgeStrength OuterStrength(const Macroblock& mb, const Macroblock* neighbour, u3
     return OuterInterEdge(*neighbour, p, mb, 0, along);
 }
 
-// ---- Filters
-// ---------------------------------------------------------------------------------------------------
+// ---- Filters ----
 
 // 8.7.2.2: thresholds for the edge between macroblocks of QP `qpP` and `qpQ`.
 struct Thresholds {

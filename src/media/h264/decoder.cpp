@@ -28,8 +28,7 @@ Result Fail(const char* reason, Result result = Result::Error) {
 
 } // namespace
 
-// ---- Access units
-// ----------------------------------------------------------------------------------------------
+// ---- Access units ----
 
 void Decoder::InitDecoder(u8* base, u32 size) {
     pool.Attach(base, size);
@@ -112,8 +111,7 @@ bool Decoder::AnyUsableParamSets() const {
     });
 }
 
-// ---- NAL units
-// -------------------------------------------------------------------------------------------------
+// ---- NAL units ----
 
 Result Decoder::h264Decode(u8* stream, u32 length, u32 picId, u32* readBytes) {
     if (!kept.waits || kept.stream != stream) {
@@ -174,8 +172,7 @@ Result Decoder::DecodeUnit(u32 picId, u32* readBytes) {
     }
 }
 
-// ---- Boundaries
-// ------------------------------------------------------------------------------------------------
+// ---- Boundaries ----
 
 // Reads what identifies the picture of a slice, with the parameter sets that the slice names.
 Result Decoder::PictureOfSlice(const BitReader& reader, const NalUnit& nalUnit,
@@ -231,8 +228,7 @@ Result Decoder::CloseOpenPicture() {
     return Result::PictureReady;
 }
 
-// ---- Parameter sets
-// --------------------------------------------------------------------------------------------
+// ---- Parameter sets ----
 
 Result Decoder::HandleSeqParamSet(BitReader& reader) {
     SeqParamSet sps;
@@ -300,8 +296,7 @@ bool Decoder::StorePicParamSet(PicParamSet& pps, const BitReader& sliceGroupIds)
     return true;
 }
 
-// ---- Activation
-// ------------------------------------------------------------------------------------------------
+// ---- Activation ----
 
 Result Decoder::h264ActivateParamSets(u32 ppsId, bool isIdr) {
     const Result result = TryActivation(ppsId, isIdr);
@@ -384,8 +379,7 @@ Result Decoder::AnnounceSequence(const BitReader& reader, const NalUnit& nalUnit
     return Result::HeadersReady;
 }
 
-// ---- Slices
-// ----------------------------------------------------------------------------------------------------
+// ---- Slices ----
 
 Result Decoder::HandleSlice(BitReader& reader, const NalUnit& nalUnit, u32 picId) {
     if (storage.pictureComplete)

@@ -41,8 +41,7 @@ struct Rank {
 
 } // namespace
 
-// ---- Memory
-// ----------------------------------------------------------------------------------------------------
+// ---- Memory ----
 
 bool Dpb::Allocate(Pool& pool, u32 pictureBytes, const DpbParameters& wanted) {
     const u32 records = wanted.DpbSize() + 1;
@@ -77,8 +76,7 @@ Picture* Dpb::TakeFreePicture() {
     return current;
 }
 
-// ---- Order of the table
-// ----------------------------------------------------------------------------------------
+// ---- Order of the table ----
 
 // A shell sort, as fits so few records that are nearly in order.
 void Dpb::Sort() {
@@ -93,8 +91,7 @@ void Dpb::Sort() {
     }
 }
 
-// ---- Output
-// ----------------------------------------------------------------------------------------------------
+// ---- Output ----
 
 void Dpb::PushOutput(const Picture& picture) {
     if (outIndex == numOut)
@@ -139,8 +136,7 @@ void Dpb::Flush() {
     }
 }
 
-// ---- Marking (8.2.5)
-// -------------------------------------------------------------------------------------------
+// ---- Marking (8.2.5) ----
 
 bool Dpb::h264MarkDecRefPic(const DecRefPicMarking* mark, const u8* image, u32 frameNum, i32 picOrderCnt,
                             bool isIdr, u32 picId, u32 numErrMbs) {
@@ -353,8 +349,7 @@ bool Dpb::CurrentToLongTerm(u32 longTermFrameIdx, Incoming* picture) {
     return picture->stored;
 }
 
-// ---- Gaps in frame_num (8.2.5.2)
-// -------------------------------------------------------------------------------
+// ---- Gaps in frame_num (8.2.5.2) ----
 
 bool Dpb::InsertNonExisting(u32 frameNum) {
     UpdatePicNums(frameNum);
@@ -422,8 +417,7 @@ bool Dpb::CheckFrameNumGaps(u32 frameNum, bool isRefPic, bool gapsAllowed) {
     return true;
 }
 
-// ---- Reference lists (8.2.4)
-// -----------------------------------------------------------------------------------
+// ---- Reference lists (8.2.4) ----
 
 // 8.2.4.2.1: the table stands in that order.
 void Dpb::InitRefList() {

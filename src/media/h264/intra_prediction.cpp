@@ -76,8 +76,7 @@ void PredictPlane(u8* dst, ptrdiff_t stride, i32 side, i32 factor, i32 shift) {
     }
 }
 
-// ---- 8.3.1.2 Intra 4x4
-// -----------------------------------------------------------------------------------------
+// ---- 8.3.1.2 Intra 4x4 ----
 
 // The samples around a 4x4 block as one line, from the lowest on the left over the corner to the last above
 // right, with both ends repeated once:
@@ -173,8 +172,7 @@ void PredictDirectional4x4(u8* dst, ptrdiff_t stride, Intra4x4PredMode mode, con
     }
 }
 
-// ---- 8.3.4 Chroma
-// ----------------------------------------------------------------------------------------------
+// ---- 8.3.4 Chroma ----
 
 // 8.3.4.1: each quarter has a DC of its own. The quarters off the diagonal prefer the side that
 // they touch alone.

@@ -19,8 +19,7 @@ constexpr i32 QpRange = MaxQp + 1;
 // Far beyond every vector that reconstruction accepts, and small enough to add to one.
 constexpr i32 MaxMvd = 1 << 15;
 
-// ---- Prediction syntax
-// -----------------------------------------------------------------------------------------
+// ---- Prediction syntax ----
 
 // 7.3.5.1: prev_intra4x4_pred_mode_flag and rem_intra4x4_pred_mode of all blocks.
 void ReadIntra4x4PredModes(BitReader& reader, MacroblockSyntax* syntax) {
@@ -98,8 +97,7 @@ bool ReadMbPred(BitReader& reader, u32 numActive, MacroblockSyntax* syntax) {
     }
 }
 
-// ---- Residual
-// --------------------------------------------------------------------------------------------------
+// ---- Residual ----
 
 // Zig-zag scan of 8.5.6 onto blocks that are stored column by column.
 constexpr u8 ZigzagScan[CoefficientsPerBlock] = {0, 4, 1, 2, 5, 8, 12, 9, 6, 3, 7, 10, 13, 14, 11, 15};
@@ -228,8 +226,7 @@ bool ResidualParser::ParseChroma() {
     return (pattern & ChromaAc) == 0 || (ParseChromaAc(0) && ParseChromaAc(1));
 }
 
-// ---- The layer
-// -------------------------------------------------------------------------------------------------
+// ---- The layer ----
 
 // mb_type, Tables 7-11 and 7-13
 bool ReadMbType(BitReader& reader, const SliceHeader& header, MacroblockSyntax* syntax) {

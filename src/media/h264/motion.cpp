@@ -12,8 +12,7 @@ namespace {
 constexpr i32 MinMvX = -8192, MaxMvX = 8191; // quarter samples
 constexpr i32 MinMvY = -2048, MaxMvY = 2047;
 
-// ---- 8.4.1 Vector prediction
-// -----------------------------------------------------------------------------------
+// ---- 8.4.1 Vector prediction ----
 
 // What a neighbouring partition says (8.4.1.3.2).
 struct NeighbourMotion {
@@ -119,8 +118,7 @@ MotionVector SkipVector(const MacroblockContext& context) {
     return still ? MotionVector{} : PredictVector(context, {0, 0, 4, 4}, 0);
 }
 
-// ---- 8.4.2 Fetching and interpolation
-// --------------------------------------------------------------------------
+// ---- 8.4.2 Fetching and interpolation ----
 
 struct SamplePlane {
     const u8* data;
@@ -213,8 +211,7 @@ void InterpolateChroma(Plane plane, const u8* reference, const Image& target, co
                          static_cast<u32>(block.mv.x & 7), static_cast<u32>(block.mv.y & 7));
 }
 
-// ---- Macroblock types
-// ------------------------------------------------------------------------------------------
+// ---- Macroblock types ----
 
 bool InRange(i32 x, i32 y) {
     return x >= MinMvX && x <= MaxMvX && y >= MinMvY && y <= MaxMvY;

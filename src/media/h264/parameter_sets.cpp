@@ -26,8 +26,7 @@ bool Refuse(const BitReader& reader, const char* tag, const char* field) {
     return false;
 }
 
-// ---- Sequence parameter set
-// ------------------------------------------------------------------------------------
+// ---- Sequence parameter set ----
 
 // Table A-1: what a level allows.
 struct LevelLimits {
@@ -275,8 +274,7 @@ bool ReadSequenceHead(BitReader& reader, SeqParamSet* sps) {
     return true;
 }
 
-// ---- Picture parameter set
-// -------------------------------------------------------------------------------------
+// ---- Picture parameter set ----
 
 u32 SliceGroupIdBits(u32 numSliceGroups) { // Ceil(Log2(num_slice_groups_minus1 + 1))
     return static_cast<u32>(std::bit_width(numSliceGroups - 1));

@@ -39,8 +39,7 @@ struct Targets {
     }
 };
 
-// ---- 8.5.10, 8.5.11 DC coefficients
-// ----------------------------------------------------------------------------
+// ---- 8.5.10, 8.5.11 DC coefficients ----
 
 // One dimension of the 4x4 transform of DC coefficients.
 void HadamardLine(i32* v, u32 step) {
@@ -115,8 +114,7 @@ private:
     const Targets targets;
 };
 
-// ---- Residual
-// --------------------------------------------------------------------------------------------------
+// ---- Residual ----
 
 // 8.5.12 for one block; the shortcut for a lone DC gives the same samples.
 bool Reconstructor::BlockResidual(u32 block, u8* dst, ptrdiff_t stride) {
@@ -145,8 +143,7 @@ bool Reconstructor::ChromaResidual() {
     return inRange;
 }
 
-// ---- Intra
-// -----------------------------------------------------------------------------------------------------
+// ---- Intra ----
 
 // 8.3: with constrained_intra_pred_flag inter macroblocks count as missing.
 bool Reconstructor::UsableForIntra(const Macroblock* neighbour) const {
@@ -241,8 +238,7 @@ bool Reconstructor::Intra() {
     return luma && IntraChroma();
 }
 
-// ---- Inter and the rest
-// ----------------------------------------------------------------------------------------
+// ---- Inter and the rest ----
 
 bool Reconstructor::Inter() {
     return PredictInter(slice, context, routines) &&

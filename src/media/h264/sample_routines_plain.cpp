@@ -20,8 +20,7 @@ u8 Average(u8 a, u8 b) {
     return static_cast<u8>((a + b + 1) >> 1);
 }
 
-// ---- 8.4.2.2.1 Luma sample interpolation
-// -----------------------------------------------------------------------
+// ---- 8.4.2.2.1 Luma sample interpolation ----
 
 // The six taps 1, -5, 20, 20, -5, 1 around the half position behind `p`.
 template <class Sample>
@@ -100,8 +99,7 @@ void LumaInter(u8* dst, ptrdiff_t dstStride, const u8* src, ptrdiff_t srcStride,
     }
 }
 
-// ---- 8.4.2.2.2 Chroma sample interpolation
-// ---------------------------------------------------------------------
+// ---- 8.4.2.2.2 Chroma sample interpolation ----
 
 void ChromaInter(u8* dst, ptrdiff_t dstStride, const u8* src, ptrdiff_t srcStride, u32 width, u32 height,
                  u32 xFrac, u32 yFrac) {
@@ -117,8 +115,7 @@ void ChromaInter(u8* dst, ptrdiff_t dstStride, const u8* src, ptrdiff_t srcStrid
     }
 }
 
-// ---- 8.5.12.2 Residual
-// -----------------------------------------------------------------------------------------
+// ---- 8.5.12.2 Residual ----
 
 bool InResidualRange(i32 value) {
     return value >= MinResidual && value <= MaxResidual;
@@ -165,8 +162,7 @@ bool AddDcResidual(u8* dst, ptrdiff_t stride, i32* coefficients) {
     return InResidualRange(residual);
 }
 
-// ---- 8.7.2 Deblocking
-// ------------------------------------------------------------------------------------------
+// ---- 8.7.2 Deblocking ----
 
 // 8.7.2.2, filterSamplesFlag without the bS: is this step small enough to be an artefact? `s` is the step across the
 // edge.

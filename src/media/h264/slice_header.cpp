@@ -34,8 +34,7 @@ u32 PicOrderCntLsbBits(const SeqParamSet& sps) {
     return static_cast<u32>(std::countr_zero(sps.MaxPicOrderCntLsb));
 }
 
-// ---- Reference list commands
-// -----------------------------------------------------------------------------------
+// ---- Reference list commands ----
 
 constexpr u32 EndOfReordering = 3;
 
@@ -70,8 +69,7 @@ bool ReadReordering(BitReader& reader, RefPicListReordering* reordering, u32 num
     }
 }
 
-// ---- Marking commands
-// ------------------------------------------------------------------------------------------
+// ---- Marking commands ----
 
 bool ReadMarkingOperation(BitReader& reader, MarkingOperation* operation, u32 num_ref_frames) {
     const u32 code = operation->memory_management_control_operation = reader.ReadUe();
@@ -127,8 +125,7 @@ bool ReadMarking(BitReader& reader, DecRefPicMarking* marking, const NalUnit& na
            ReadMarkingOperations(reader, marking, num_ref_frames);
 }
 
-// ---- The header
-// ------------------------------------------------------------------------------------------------
+// ---- The header ----
 
 bool SliceTypeAllowed(u32 type, const NalUnit& nalUnit, const SeqParamSet& sps) {
     switch (static_cast<SliceType>(type)) {
@@ -289,8 +286,7 @@ bool PeekPicParamSetId(BitReader reader, u32* id) {
     return !reader.Failed();
 }
 
-// ---- Picture identity
-// ------------------------------------------------------------------------------------------
+// ---- Picture identity ----
 
 bool ReadPictureIdentity(BitReader reader, const NalUnit& nalUnit, const SeqParamSet& sps,
                          const PicParamSet& pps, PictureIdentity* identity) {
