@@ -400,8 +400,11 @@ void CVrGuiScrollArea::Update(uint64_t now) {
         scrollState = ScrollState::Idle;
 }
 
+// Other animations have taken the places in the queue: no content stays beyond its end or between two items.
 void CVrGuiScrollArea::Cancel() {
     velocity = 0;
+    if (scrollState == ScrollState::Coasting)
+        MoveTo(int64_t{AxisOffset()} - DistanceToRest());
     if (scrollState != ScrollState::Fixed)
         scrollState = ScrollState::Idle;
 }

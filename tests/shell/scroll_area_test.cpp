@@ -325,19 +325,35 @@ TEST_F(ScrollAreaTest, TouchStopsTheContentDead) {
     ExpectRest();
 }
 
+// Wherever the content was, it stands at a place of rest then: within its ends, and on a border if it snaps.
 TEST_F(ScrollAreaTest, ThirdAnimationStopsTheContent) {
-    Send(Down, 350);
-    Send(Move, 330, 16);
-    Send(Up, 200, 16);
-    auto* others = new Area[2];
-    for (int i = 0; i < 2; i++) {
-        others[i].scrollState = State::Coasting;
-        app.animations.Add(&others[i]);
+    for (const bool snaps : {false, true}) {
+        delete area;
+        area = snaps ? AddArea<SnappingArea>() : AddArea<Area>();
+        const auto stop = [this] {
+            Area others[2];
+            for (Area& other : others) {
+                other.scrollState = State::Coasting;
+                app.animations.Add(&other);
+            }
+            EXPECT_EQ(area->scrollState, State::Idle);
+            EXPECT_EQ(area->velocity, 0);
+        };
+        Send(Down, 350);
+        Send(Move, 330, 16);
+        Send(Up, 200, 16);
+        EXPECT_EQ(area->offsetY, -150);
+        stop();
+        EXPECT_EQ(area->offsetY, snaps ? -200 : -150);
+        EXPECT_TRUE(app.animations.IsEmpty());
+        area->SetScrollOffset(CVrPoint(0, 0));
+        Send(Down, 150);
+        Send(Move, 200, 16);
+        Send(Up, 300, 16);
+        EXPECT_GT(area->offsetY, 0);
+        stop();
+        EXPECT_EQ(area->offsetY, 0);
     }
-    EXPECT_EQ(area->scrollState, State::Idle);
-    EXPECT_EQ(area->velocity, 0);
-    delete[] others;
-    EXPECT_TRUE(app.animations.IsEmpty());
 }
 
 TEST_F(ScrollAreaTest, ContentThatFitsOnlyShowsTheRubberBand) {
