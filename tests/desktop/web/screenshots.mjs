@@ -30,13 +30,13 @@ async function dropBrokenHouse(page) {
   }, names.map(name => ({ name, text: readFileSync(join(folder, name), "utf8") })));
 }
 
-// Room climate: warmer by a degree, so that there is something to see on both sides.
+// A light: its brightness by hand, which ends all moods, then a mood, then a second one by its corner.
 async function showSomething(page) {
-  await tap(page, 240, 50);
-  await sleep(600);
-  for (let i = 0; i < 2; i++) {
-    await tap(page, 445, 665);
-    await sleep(400);
+  await tap(page, 590, 660);
+  await sleep(3200); // the slider closes by itself
+  for (const [x, y] of [[130, 300], [450, 140]]) {
+    await tap(page, x, y);
+    await sleep(500);
   }
 }
 
