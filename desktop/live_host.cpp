@@ -5,6 +5,7 @@
 #include "desktop/item_types.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <sys/inotify.h>
 #include <unistd.h>
@@ -215,7 +216,9 @@ void LiveHost::OnLog(const std::string& line) {
 }
 
 void LiveHost::OnTextCommand(const std::string& text) {
-    LiveCommand command{text, index.Describe(text)};
+    using namespace std::chrono;
+    const auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch());
+    LiveCommand command{text, index.Describe(text), now.count()};
     std::printf("command %s\n", text.c_str());
     std::fflush(stdout);
     commands.Add(std::move(command));

@@ -49,6 +49,7 @@ private:
 struct LiveCommand {
     std::string text;  // as it came
     std::string words; // as people say it
+    std::int64_t at;   // when it came, in ms since 1970
 };
 
 class LiveObserver {

@@ -167,7 +167,8 @@ void LiveViewer::ComposeCommands() {
     const History<LiveCommand>& all = host.Commands();
     json list = json::array();
     for (std::uint64_t i = std::max(seenCommands, all.First()); i < all.End(); ++i)
-        list.push_back({{"n", i}, {"text", all.At(i).text}, {"words", all.At(i).words}});
+        list.push_back(
+            {{"n", i}, {"text", all.At(i).text}, {"words", all.At(i).words}, {"at", all.At(i).at}});
     seenCommands = all.End();
     ComposeText({{"t", "commands"}, {"list", std::move(list)}});
 }

@@ -86,7 +86,7 @@ export class CommandPanel {
   row(command) {
     const row = element("li");
     const wire = element("div", "wire");
-    wire.append(element("code", "", command.text), element("time", "", new Date().toLocaleTimeString()));
+    wire.append(element("code", "", command.text), element("time", "", new Date(command.at).toLocaleTimeString()));
     row.append(element("div", "words", command.words), wire);
     return row;
   }
