@@ -203,6 +203,9 @@ public:
     // True: the content of the own store is kept over a pass in which nothing in it changed.
     virtual bool KeepsContent() const { return false; }
 
+    // A shade element that is a row of a list, not a tile beside another (see CVrGuiFrameArea).
+    virtual bool IsListRow() const { return false; }
+
     // ---- Tree ----
 
     // Creates an element by class name, binds its style and appends it; null (and a log line) if there is no

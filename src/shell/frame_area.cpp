@@ -33,6 +33,13 @@ constexpr RowTable kRowTables[] = {
 };
 constexpr int32_t kLargestTable = 9;
 
+// Shade elements: pixels between them and around, heights of a row of a short and of a long list, and how many stand
+// side by side where they are no list.
+constexpr int32_t kShadeGap = 10;
+constexpr int32_t kShadeRow = 155, kLongListRow = 140;
+constexpr int32_t kLongList = 4;
+constexpr int32_t kShadeColumns = 2;
+
 int32_t NotNegative(int32_t value) {
     return std::max(value, 0);
 }
@@ -221,6 +228,7 @@ bool CVrGuiFrameArea::ApplyLayout() {
         ForEachChild([this](CVrGuiElement& child) { fromRects.Add(child.rect); });
     }
     TileColumn tiles = MeasureTiles(height);
+    PlaceShades(height);
     PlaceChildren(frame, tiles, height);
     if (fixedCols != 0)
         rowCount = (buttonCount - 1 + fixedCols) / fixedCols;
@@ -291,6 +299,43 @@ int32_t CVrGuiFrameArea::PlaceListButton(CVrGuiElement& child, int32_t y) const 
     child.SetRect(CVrRect(margins.left, margins.top + y, rect.width - margins.left - margins.right,
                           height - margins.top - margins.bottom));
     return y + height;
+}
+
+// One row in list mode makes all of them rows. Side by side only as many are placed as there are columns.
+void CVrGuiFrameArea::PlaceShades(int32_t height) {
+    int32_t count = 0;
+    bool isList = false;
+    ForEachChild([&](const CVrGuiElement& child) {
+        count += child.type == ElementType::ShadeElement;
+        isList |= child.type == ElementType::ShadeElement && child.IsListRow();
+    });
+    const int32_t columns = std::min(count, kShadeColumns);
+    int32_t index = 0;
+    ForEachChild([&](CVrGuiElement& child) {
+        if (child.type != ElementType::ShadeElement || (!isList && index >= columns))
+            return;
+        child.SetRect(isList ? ShadeRow(index, count, height) : ShadeColumn(index, columns, height));
+        child.canvasSize = child.rect.Size();
+        child.ApplyLayout();
+        index++;
+    });
+}
+
+CVrRect CVrGuiFrameArea::ShadeRow(int32_t index, int32_t count, int32_t height) const {
+    int32_t rowHeight = count < kLongList ? kShadeRow : kLongListRow;
+    if (count == 2)
+        rowHeight = NotNegative((height - kShadeGap) / 2);
+    const int32_t top = rect.y - kShadeGap + index * (rowHeight + kShadeGap);
+    const int32_t bottom = height - kShadeGap + rect.y;
+    return CVrRect(0, top, rect.width, count == 2 && index == 1 ? NotNegative(bottom - top) : rowHeight);
+}
+
+CVrRect CVrGuiFrameArea::ShadeColumn(int32_t index, int32_t columns, int32_t height) const {
+    const int32_t between = columns == kShadeColumns && rect.width > kShadeGap ? kShadeGap : 0;
+    const int32_t width = (rect.width - between) / std::max(columns, 1);
+    const int32_t left = index * (width + between);
+    const bool isLast = index == columns - 1;
+    return CVrRect(left, kShadeGap, isLast ? rect.width - left : width, NotNegative(height - kShadeGap));
 }
 
 void CVrGuiFrameArea::PlaceChildren(CVrGuiFrame* frame, TileColumn& tiles, int32_t height) {

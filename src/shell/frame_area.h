@@ -1,5 +1,5 @@
 // The scrollable surface of a page. It places the buttons of a control in a grid, list buttons in a column,
-// tiles and shade elements by their own rules, and can glide buttons from old places to new ones.
+// tiles and shade elements (rows of a list, or one or two side by side) by their own rules, and can glide buttons from old places to new ones.
 #pragma once
 
 #include "gui/animation.h"
@@ -68,6 +68,9 @@ private:
     void BuildRowTable();
     CVrRect FixedGridRect(const Margins& margins, int32_t index) const;
     TileColumn MeasureTiles(int32_t height);
+    void PlaceShades(int32_t height);
+    CVrRect ShadeRow(int32_t index, int32_t count, int32_t height) const;
+    CVrRect ShadeColumn(int32_t index, int32_t columns, int32_t height) const;
     void PlaceChildren(CVrGuiFrame* frame, TileColumn& tiles, int32_t height);
     void PlaceTile(CVrGuiElement& tile, TileColumn& tiles, int32_t placed, int32_t height);
     int32_t PlaceListButton(CVrGuiElement& child, int32_t y) const;

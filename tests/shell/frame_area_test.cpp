@@ -40,6 +40,15 @@ struct GridPage {
     CVrGuiFrameArea* area = nullptr;
 };
 
+class ShadeDouble : public CVrGuiElement {
+public:
+    explicit ShadeDouble(bool inList) : m_inList(inList) { type = ElementType::ShadeElement; }
+    bool IsListRow() const override { return m_inList; }
+
+private:
+    bool m_inList;
+};
+
 } // namespace
 
 TEST(FrameArea, RowsFollowTheTable) {
@@ -141,4 +150,35 @@ TEST(FrameArea, DestroyedWhileItsButtonsGlide) {
     grid.area->ApplyLayout();
     delete grid.page;
     grid.display.Advance(300);
+}
+
+// The area is 688 wide, at y 10, and has 688 pixels of height for them.
+TEST(FrameArea, ShadesStandSideBySideOrInAList) {
+    struct Row {
+        int count;
+        bool inList;
+        std::vector<CVrRect> places;
+    };
+    const Row rows[] = {
+        {1, false, {{0, 10, 688, 678}}},
+        {2, false, {{0, 10, 339, 678}, {349, 10, 339, 678}}},
+        {3, false, {{0, 10, 339, 678}, {349, 10, 339, 678}, {}}},
+        {1, true, {{0, 0, 688, 155}}},
+        {2, true, {{0, 0, 688, 339}, {0, 349, 688, 339}}},
+        {3, true, {{0, 0, 688, 155}, {0, 165, 688, 155}, {0, 330, 688, 155}}},
+        {4, true, {{0, 0, 688, 140}, {0, 150, 688, 140}, {0, 300, 688, 140}, {0, 450, 688, 140}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::to_string(row.count) + (row.inList ? " in a list" : " side by side"));
+        const GridPage grid(0);
+        for (int i = 0; i < row.count; i++) // one of them is enough
+            (new ShadeDouble(row.inList && i == row.count - 1))->SetParent(grid.area);
+        grid.area->ApplyLayout();
+        ASSERT_EQ(grid.area->rect.Size(), CVrSize(688, 688));
+        for (int i = 0; i < row.count; i++) {
+            const CVrGuiElement& shade = *grid.area->Child(static_cast<uint32_t>(i));
+            EXPECT_EQ(shade.rect, row.places[static_cast<size_t>(i)]) << i;
+            EXPECT_EQ(shade.canvasSize, shade.rect.Size());
+        }
+    }
 }
