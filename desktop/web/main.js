@@ -127,8 +127,16 @@ function setBanner(text, bad) {
 
 const capital = text => text.charAt(0).toUpperCase() + text.slice(1);
 
+// Four times a second at most: more could not be read, and each change costs the browser a layout.
 function showFigures() {
   const now = performance.now();
+  const since = now - figuresShown;
+  clearTimeout(figuresTimer);
+  if (since < figuresPeriod) {
+    figuresTimer = setTimeout(showFigures, figuresPeriod - since);
+    return;
+  }
+  figuresShown = now;
   pictures = pictures.filter(time => now - time < 1000);
   const rate = pictures.length > 1 ? `${pictures.length} pictures/s` : "at rest";
   const answer = answerTime === null ? "" : ` · answer ${Math.round(answerTime)} ms`;
@@ -137,10 +145,12 @@ function showFigures() {
   const text = `${rate}${answer}${own}`;
   if ($("figures").textContent !== text)
     $("figures").textContent = text;
-  if (pictures.length > 0 && !figuresTimer)
-    figuresTimer = setTimeout(() => { figuresTimer = 0; showFigures(); }, 1000);
+  if (pictures.length > 0)
+    figuresTimer = setTimeout(showFigures, 1000);
 }
-let figuresTimer = 0;
+const figuresPeriod = 250; // ms
+let figuresShown = -figuresPeriod;
+let figuresTimer;
 
 // ---- tools ----
 

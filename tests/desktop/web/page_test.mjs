@@ -95,7 +95,7 @@ await step("a click on a switch changes the picture and shows its command in wor
     assert.equal(command.text, '{"at":[392,447]}');
   }
   await until("a changed picture", async () => (await pictureOf(page)) !== before);
-  assert.match(await page.textContent("#figures"), /answer \d+ ms/);
+  await until("the answer's time", async () => /answer \d+ ms/.test(await page.textContent("#figures")));
 });
 
 await step("a drag moves the menu and sends nothing", async () => {
